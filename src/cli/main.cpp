@@ -1,0 +1,11 @@
+#include <string>
+#include <vector>
+
+#include "cli/dispatch.h"
+#include "cli/process_state.h"
+
+int main(int argc, char** argv) {
+    const auto backend = brisko::platform::makeBackend();
+    brisko::startProcess(backend->services());
+    brisko::runCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+}

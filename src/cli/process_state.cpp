@@ -1,0 +1,52 @@
+#include "cli/process_state.h"
+
+namespace brisko {
+namespace {
+
+std::unique_ptr<ProcessState>& instance() {
+    static std::unique_ptr<ProcessState> state;
+    return state;
+}
+
+}  // namespace
+
+ProcessState::ProcessState(platform::Services& platformServices)
+    : services(platformServices),
+      namedKeys(makeNamedKeys()),
+      charKeys(makeCharKeys()),
+      modifierFlags(makeModifierFlags()),
+      modifierKeyCodes(makeModifierKeyCodes()),
+      modifierKeyCodeSet(makeModifierKeyCodeSet()),
+      allModifierMasks(allModifierMasksValue),
+      source(platformServices.events),
+      postPacingMicroseconds(10000),
+      heldFlags(0),
+      rawInputCommandNames({"mousemove", "mousedown", "mouseup", "keydown", "keyup", "type-unicode",
+                            "set-clipboard", "scroll"}),
+      maxPlayLines(120000),
+      maxPlayDurationMs(600000),
+      modifierNameByKeyCode(makeModifierNameByKeyCode()),
+      inputStreamReady("brisko-mac-input input-stream v2"),
+      briskoBundleIdentifier("com.brisko.desktop"),
+      briskoShellExecutableNames({"brisko-mac-menubar"}),
+      briskoOwnUiRefusal(
+          "That's Brisko's own panel; it's for the person, not for you. Carry on with your task "
+          "\u2014 the person answers it."),
+      briskoMenuOpenRefusal(
+          "a person has Brisko's menu open; wait and check the screen again. Your keys would go to "
+          "the menu, not to the app you are typing in."),
+      systemOverlayLayer(20),
+      popUpMenuLayer(platformServices.windows.popUpMenuLayer()),
+      captureTileSize(64),
+      captureStreamMagic("BCS2"),
+      captureStreamVersion(2),
+      briskoExclusionRefreshSeconds(2.0) {}
+
+ProcessState& processState() { return *instance(); }
+
+ProcessState& startProcess(platform::Services& services) {
+    instance() = std::make_unique<ProcessState>(services);
+    return *instance();
+}
+
+}  // namespace brisko

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "input/key_vocabulary.h"
+#include "platform/services.h"
+#include "play/play_control.h"
+
+namespace brisko {
+
+// Every table, constant and variable the commands share, created once at start in this order.
+// Nothing else in the program is global.
+struct ProcessState {
+    explicit ProcessState(platform::Services& platformServices);
+
+    platform::Services& services;
+
+    const std::map<std::string, KeyCode> namedKeys;
+    const std::map<std::string, KeyCode> charKeys;
+    const std::map<std::string, EventFlags> modifierFlags;
+    const std::map<std::string, KeyCode> modifierKeyCodes;
+    const std::set<KeyCode> modifierKeyCodeSet;
+    const EventFlags allModifierMasks;
+    platform::EventPoster& source;
+    std::uint32_t postPacingMicroseconds;
+    EventFlags heldFlags;
+    const std::set<std::string> rawInputCommandNames;
+    const std::int64_t maxPlayLines;
+    const std::int64_t maxPlayDurationMs;
+    const std::map<std::string, std::string> modifierNameByKeyCode;
+    PlayControl playControl;
+    const std::string inputStreamReady;
+    const std::string briskoBundleIdentifier;
+    const std::set<std::string> briskoShellExecutableNames;
+    const std::string briskoOwnUiRefusal;
+    const std::string briskoMenuOpenRefusal;
+    const std::int64_t systemOverlayLayer;
+    const std::int64_t popUpMenuLayer;
+    std::map<std::int32_t, bool> briskoOwnerCache;
+    std::set<std::string> refusedButtons;
+    const std::int64_t captureTileSize;
+    const std::string captureStreamMagic;
+    const std::uint32_t captureStreamVersion;
+    const double briskoExclusionRefreshSeconds;
+};
+
+// The one instance. Created by startProcess before the arguments are read.
+ProcessState& processState();
+// Creates the process state afresh over the given services (at start, and per test).
+ProcessState& startProcess(platform::Services& services);
+
+}  // namespace brisko

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace brisko {
+
+void runPlay();
+void runPlayCheck();
+
+}  // namespace brisko

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace brisko {
+
+void printCheck(bool prompt);
+void printFlags();
+void printGeometry();
+void printSession();
+
+}  // namespace brisko

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace brisko {
+
+[[noreturn]] void runInputStream();
+
+}  // namespace brisko

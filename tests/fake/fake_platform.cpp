@@ -1,0 +1,147 @@
+#include "fake/fake_platform.h"
+
+#include "cli/dispatch.h"
+#include "cli/process_state.h"
+
+namespace brisko::fake {
+
+void Journal::add(Happening h) {
+    std::lock_guard guard(lock_);
+    entries_.push_back(std::move(h));
+}
+
+std::vector<Happening> Journal::all() const {
+    std::lock_guard guard(lock_);
+    return entries_;
+}
+
+std::vector<InputEvent> Journal::events() const {
+    std::vector<InputEvent> out;
+    for (const Happening& h : all()) {
+        if (const auto* e = std::get_if<InputEvent>(&h)) out.push_back(*e);
+    }
+    return out;
+}
+
+std::vector<Pause> Journal::pauses() const {
+    std::vector<Pause> out;
+    for (const Happening& h : all()) {
+        if (const auto* p = std::get_if<Pause>(&h)) out.push_back(*p);
+    }
+    return out;
+}
+
+void Journal::clear() {
+    std::lock_guard guard(lock_);
+    entries_.clear();
+}
+
+bool FakeEvents::post(const InputEvent& event) {
+    if (failFrom && attempts_++ >= *failFrom) return false;
+    journal_.add(event);
+    return true;
+}
+
+std::vector<platform::ScreenWindow> FakeWindows::onScreenWindows() {
+    ++windowListQueries;
+    return windows;
+}
+
+std::optional<std::string> FakeWindows::executablePath(std::int32_t pid) {
+    ++identityQueries;
+    const auto found = paths.find(pid);
+    if (found == paths.end()) return std::nullopt;
+    return found->second;
+}
+
+std::optional<std::string> FakeWindows::bundleIdentifier(std::int32_t pid) {
+    ++identityQueries;
+    const auto found = bundles.find(pid);
+    if (found == bundles.end()) return std::nullopt;
+    return found->second;
+}
+
+std::int64_t FakePasteboard::changeCount() {
+    ++changeCountReads;
+    return count;
+}
+
+std::vector<std::vector<std::string>> FakePasteboard::itemTypes() {
+    std::vector<std::vector<std::string>> types;
+    for (const Item& item : items) types.push_back(item.types);
+    return types;
+}
+
+std::optional<platform::Bytes> FakePasteboard::data(std::size_t item, const std::string& type) {
+    if (item >= items.size()) return std::nullopt;
+    const auto found = items[item].data.find(type);
+    if (found == items[item].data.end()) return std::nullopt;
+    return found->second;
+}
+
+void FakePasteboard::clearContents() {
+    items.clear();
+    ++count;
+}
+
+void FakePasteboard::setData(const std::string& type, const platform::Bytes& bytes) {
+    if (items.empty()) items.emplace_back();
+    items.front().types.push_back(type);
+    items.front().data[type] = bytes;
+}
+
+void FakePasteboard::setPlainText(const std::string& utf8) {
+    setData("public.utf8-plain-text", platform::Bytes(utf8.begin(), utf8.end()));
+}
+
+double FakeClock::monotonicMs() {
+    std::lock_guard guard(lock_);
+    return nowMs_;
+}
+
+void FakeClock::sleepMicroseconds(unsigned long long us) {
+    journal_.add(Pause{us});
+    advanceMs(static_cast<double>(us) / 1000.0);
+}
+
+void FakeClock::advanceMs(double ms) {
+    std::lock_guard guard(lock_);
+    nowMs_ += ms;
+}
+
+bool FakeStreams::writeOut(std::string_view bytes) {
+    if (failWrites) return false;
+    std::lock_guard guard(lock_);
+    out_.append(bytes);
+    return true;
+}
+
+bool FakeStreams::writeErr(std::string_view bytes) {
+    std::lock_guard guard(lock_);
+    err_.append(bytes);
+    return true;
+}
+
+std::string FakeStreams::out() const {
+    std::lock_guard guard(lock_);
+    return out_;
+}
+
+std::string FakeStreams::err() const {
+    std::lock_guard guard(lock_);
+    return err_;
+}
+
+FakePlatform::FakePlatform() { startProcess(services); }
+
+int FakePlatform::run(const std::vector<std::string>& args, const std::string& stdinText) {
+    streams.input.str(stdinText);
+    streams.input.clear();
+    try {
+        runCommandLine(args);
+    } catch (const ProcessExit& exit) {
+        return exit.status;
+    }
+}
+
+}  // namespace brisko::fake

@@ -1,0 +1,177 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "platform/services.h"
+
+namespace brisko::fake {
+
+using platform::InputEvent;
+
+// What the fake was asked to do, in order: posted events and pauses interleaved.
+struct Pause {
+    unsigned long long microseconds;
+    bool operator==(const Pause&) const = default;
+};
+using Happening = std::variant<InputEvent, Pause>;
+
+class Journal {
+public:
+    void add(Happening h);
+    std::vector<Happening> all() const;
+    std::vector<InputEvent> events() const;
+    std::vector<Pause> pauses() const;
+    void clear();
+
+private:
+    mutable std::mutex lock_;
+    std::vector<Happening> entries_;
+};
+
+class FakeEvents final : public platform::EventPoster {
+public:
+    explicit FakeEvents(Journal& journal) : journal_(journal) {}
+    bool post(const InputEvent& event) override;
+    // The n-th creation (counting from 0) and every later one fail.
+    std::optional<std::size_t> failFrom;
+
+private:
+    Journal& journal_;
+    std::size_t attempts_ = 0;
+};
+
+class FakeWindows final : public platform::WindowServer {
+public:
+    std::vector<platform::ScreenWindow> onScreenWindows() override;
+    std::optional<std::string> executablePath(std::int32_t pid) override;
+    std::optional<std::string> bundleIdentifier(std::int32_t pid) override;
+    std::int64_t popUpMenuLayer() override { return menuLayer; }
+
+    std::vector<platform::ScreenWindow> windows;
+    std::map<std::int32_t, std::string> paths;
+    std::map<std::int32_t, std::string> bundles;
+    std::int64_t menuLayer = 101;
+    int windowListQueries = 0;
+    int identityQueries = 0;  // executablePath and bundleIdentifier calls
+};
+
+class FakeCapture final : public platform::ScreenCapture {
+public:
+    platform::ShareableContentResult shareableContent() override { return content; }
+    std::uint32_t mainDisplayID() override { return mainDisplay; }
+
+    platform::ShareableContentResult content;
+    std::uint32_t mainDisplay = 1;
+};
+
+class FakePasteboard final : public platform::Pasteboard {
+public:
+    struct Item {
+        std::vector<std::string> types;
+        std::map<std::string, platform::Bytes> data;  // a listed type without data gives none
+    };
+
+    std::int64_t changeCount() override;
+    std::vector<std::vector<std::string>> itemTypes() override;
+    std::optional<platform::Bytes> data(std::size_t item, const std::string& type) override;
+    void clearContents() override;
+    void setData(const std::string& type, const platform::Bytes& bytes) override;
+    void setPlainText(const std::string& utf8) override;
+    std::int64_t accessBehavior() override { return access; }
+
+    std::int64_t count = 0;
+    std::vector<Item> items;
+    std::int64_t access = 0;
+    int changeCountReads = 0;
+};
+
+class FakeProbe final : public platform::SystemProbe {
+public:
+    void requestPermissions() override { ++permissionRequests; }
+    bool screenCaptureAllowed() override { return screen; }
+    bool postEventAllowed() override { return input; }
+    std::uint64_t hidFlags() override { return hid; }
+    platform::Rect mainDisplayBounds() override { return bounds; }
+    std::optional<platform::PixelSize> mainDisplayPixelSize() override { return pixels; }
+    std::optional<std::map<std::string, double>> sessionValues() override { return session; }
+    bool displayAsleep() override { return asleep; }
+
+    int permissionRequests = 0;
+    bool screen = true;
+    bool input = true;
+    std::uint64_t hid = 0;
+    platform::Rect bounds{0, 0, 1440, 900};
+    std::optional<platform::PixelSize> pixels = platform::PixelSize{2880, 1800};
+    std::optional<std::map<std::string, double>> session = std::map<std::string, double>{};
+    bool asleep = false;
+};
+
+// A clock that only moves when slept on or advanced; every sleep is journalled as a pause.
+class FakeClock final : public platform::Clock {
+public:
+    explicit FakeClock(Journal& journal) : journal_(journal) {}
+    double monotonicMs() override;
+    void sleepMicroseconds(unsigned long long us) override;
+    void advanceMs(double ms);
+
+private:
+    Journal& journal_;
+    mutable std::mutex lock_;
+    double nowMs_ = 1000.0;
+};
+
+// Thrown by exit so that a test can run a whole command in-process. Deliberately not a
+// std::exception, so that no handler of the program catches it.
+struct ProcessExit {
+    int status;
+};
+
+class FakeStreams final : public platform::ProcessStreams {
+public:
+    bool writeOut(std::string_view bytes) override;
+    bool writeErr(std::string_view bytes) override;
+    std::ostream& bufferedOut() override { return buffered; }
+    std::istream& in() override { return input; }
+    [[noreturn]] void exit(int status) override { throw ProcessExit{status}; }
+    [[noreturn]] void exitImmediately(int status) override { throw ProcessExit{status}; }
+
+    std::string out() const;
+    std::string err() const;
+
+    std::ostringstream buffered;
+    std::istringstream input;
+    bool failWrites = false;
+
+private:
+    mutable std::mutex lock_;
+    std::string out_;
+    std::string err_;
+};
+
+// Every service faked, and a fresh process state over them.
+class FakePlatform {
+public:
+    FakePlatform();
+
+    Journal journal;
+    FakeEvents events{journal};
+    FakeWindows windows;
+    FakeCapture capture;
+    FakePasteboard pasteboard;
+    FakeProbe probe;
+    FakeClock clock{journal};
+    FakeStreams streams;
+    platform::Services services{events, windows, capture, pasteboard, probe, clock, streams};
+
+    // Runs a whole command line as the process entry does; returns the exit status.
+    int run(const std::vector<std::string>& args, const std::string& stdinText = "");
+};
+
+}  // namespace brisko::fake
