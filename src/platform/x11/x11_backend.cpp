@@ -1,15 +1,13 @@
 #include "platform/services.h"
 #include "platform/steady_clock.h"
+#include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_event_poster.h"
+#include "platform/x11/x11_system_probe.h"
 
 namespace brisko::platform {
 namespace {
 
 // Until the X services exist the backend answers as a system with nothing to offer.
-class UnconnectedEvents final : public EventPoster {
-public:
-    bool post(const InputEvent&) override { return false; }
-};
-
 class UnconnectedWindows final : public WindowServer {
 public:
     std::vector<ScreenWindow> onScreenWindows() override { return {}; }
@@ -36,28 +34,17 @@ public:
     std::int64_t accessBehavior() override { return 2; }
 };
 
-class UnconnectedProbe final : public SystemProbe {
-public:
-    void requestPermissions() override {}
-    bool screenCaptureAllowed() override { return false; }
-    bool postEventAllowed() override { return false; }
-    std::uint64_t hidFlags() override { return 0; }
-    Rect mainDisplayBounds() override { return {}; }
-    std::optional<PixelSize> mainDisplayPixelSize() override { return std::nullopt; }
-    std::optional<std::map<std::string, double>> sessionValues() override { return std::nullopt; }
-    bool displayAsleep() override { return false; }
-};
-
 class X11Backend final : public Backend {
 public:
     Services& services() override { return services_; }
 
 private:
-    UnconnectedEvents events_;
+    x11::X11Connection connection_;
+    x11::X11EventPoster events_{connection_};
     UnconnectedWindows windows_;
     UnconnectedCapture capture_;
     UnconnectedPasteboard pasteboard_;
-    UnconnectedProbe probe_;
+    x11::X11SystemProbe probe_{connection_};
     SteadyClock clock_;
     Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams()};
 };

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include <xcb/xcb_keysyms.h>
+
+#include "platform/x11/x11_connection.h"
+
+namespace brisko::platform::x11 {
+
+// The server's keyboard as the event poster needs it: which keycode types a keysym, and spare
+// keycodes bound to keysyms that the keymap lacks (accented letters, CJK, emoji).
+//
+// A client decodes a key press with the keymap it fetches after the server announces a change,
+// and it may fetch late. A bound spare therefore stays bound, and is reused for the same keysym,
+// until it is needed for another keysym (least recently used first) or the keyboard restores the
+// keymap: when it is destroyed or the process exits, whichever comes first.
+class X11Keyboard {
+public:
+    explicit X11Keyboard(X11Connection& connection) : connection_(connection) {}
+    ~X11Keyboard();
+    X11Keyboard(const X11Keyboard&) = delete;
+    X11Keyboard& operator=(const X11Keyboard&) = delete;
+
+    struct Key {
+        xcb_keycode_t code = 0;
+        bool shifted = false;  // the keysym is the key's second (shift) level
+    };
+    // The key that types sym: a keymap key with sym at its plain or shift level, else a spare
+    // keycode bound to sym. Absent when the keymap is unreadable or has no spare keycode.
+    std::optional<Key> keyFor(xcb_keysym_t sym);
+    // Every keycode of the keymap with sym at its plain or shift level.
+    std::vector<xcb_keycode_t> keycodesOf(xcb_keysym_t sym);
+    // Gives every bound spare keycode its own keysyms back.
+    void restoreKeymap();
+
+private:
+    struct Spare {
+        xcb_keycode_t code = 0;
+        xcb_keysym_t bound = 0;  // 0: not bound
+        std::uint64_t lastUse = 0;
+    };
+
+    xcb_key_symbols_t* symbols();
+    std::optional<xcb_keycode_t> bindSpare(xcb_keysym_t sym);
+    void findSpares();
+    void setKeysym(xcb_keycode_t code, xcb_keysym_t sym);
+
+    X11Connection& connection_;
+    xcb_key_symbols_t* symbols_ = nullptr;
+    std::optional<std::vector<Spare>> spares_;  // found on first need
+    std::uint64_t useCount_ = 0;
+};
+
+}  // namespace brisko::platform::x11
