@@ -4,7 +4,7 @@
 
 #include "e2e/support/backend_under_test.h"
 #include "e2e/support/recording_window.h"
-#include "e2e/support/xvfb_server.h"
+#include "support/xvfb_display.h"
 #include "input/key_vocabulary.h"
 #include "input/unicode_text.h"
 
@@ -75,9 +75,9 @@ protected:
         EXPECT_EQ(now.state, "none");
     }
 
-    XvfbServer server;
-    RecordingWindow window{server.display(), {{100, 100, 600, 400}}};
-    std::unique_ptr<platform::Backend> backend = backendOn(server.display());
+    testing::XvfbDisplay server;
+    RecordingWindow window{server.name(), {{100, 100, 600, 400}}};
+    std::unique_ptr<platform::Backend> backend = backendOn(server.name());
 };
 
 TEST_F(X11EventPoster, ButtonsArriveAtTheEventsPointAsXButtons) {
@@ -254,8 +254,8 @@ TEST(X11EventPosterWithoutServer, NothingIsCreatedWhenTheDisplayCannotBeReached)
 }
 
 TEST(X11EventPosterWithoutXtest, NothingIsCreatedWithoutTheTestExtension) {
-    XvfbServer server({"-extension", "XTEST"});
-    const auto backend = backendOn(server.display());
+    testing::XvfbDisplay server(1440, 900, {"-extension", "XTEST"});
+    const auto backend = backendOn(server.name());
     EXPECT_FALSE(backend->services().events.post(pointer(type::mouseMoved, 1, 1)));
 }
 

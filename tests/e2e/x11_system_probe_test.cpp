@@ -2,7 +2,7 @@
 
 #include "e2e/support/backend_under_test.h"
 #include "e2e/support/recording_window.h"
-#include "e2e/support/xvfb_server.h"
+#include "support/xvfb_display.h"
 #include "input/key_vocabulary.h"
 
 namespace brisko::e2e {
@@ -31,23 +31,23 @@ protected:
     platform::SystemProbe& probe() { return backend->services().probe; }
     void post(const InputEvent& e) { ASSERT_TRUE(backend->services().events.post(e)); }
 
-    XvfbServer server;
-    std::unique_ptr<platform::Backend> backend = backendOn(server.display());
+    testing::XvfbDisplay server;
+    std::unique_ptr<platform::Backend> backend = backendOn(server.name());
 };
 
 TEST_F(X11SystemProbe, ReportsTheServersScreenAndPermissions) {
     EXPECT_TRUE(probe().screenCaptureAllowed());
     EXPECT_TRUE(probe().postEventAllowed());
-    EXPECT_EQ(probe().mainDisplayBounds(), (platform::Rect{0, 0, XvfbServer::width, XvfbServer::height}));
+    EXPECT_EQ(probe().mainDisplayBounds(), (platform::Rect{0, 0, 1440, 900}));
     const auto pixels = probe().mainDisplayPixelSize();
     ASSERT_TRUE(pixels);
-    EXPECT_EQ(pixels->width, XvfbServer::width);
-    EXPECT_EQ(pixels->height, XvfbServer::height);
+    EXPECT_EQ(pixels->width, 1440);
+    EXPECT_EQ(pixels->height, 900);
     EXPECT_FALSE(probe().displayAsleep());  // Xvfb has no display power management
 }
 
 TEST_F(X11SystemProbe, TheSessionIsLockedWhileTheScreenSaverIsActive) {
-    RecordingWindow window(server.display(), {{0, 0, 10, 10}});
+    RecordingWindow window(server.name(), {{0, 0, 10, 10}});
     using Values = std::map<std::string, double>;
     EXPECT_EQ(probe().sessionValues(), (Values{{"CGSSessionScreenIsLocked", 0}, {"kCGSSessionOnConsoleKey", 1}}));
     window.ask("saver on", "saver");
@@ -80,8 +80,8 @@ TEST_F(X11SystemProbe, HidFlagsAreTheModifiersHeldOnTheServer) {
 }
 
 TEST(X11SystemProbeWithoutXtest, InputIsNotAllowedButCaptureIs) {
-    XvfbServer server({"-extension", "XTEST"});
-    const auto backend = backendOn(server.display());
+    testing::XvfbDisplay server(1440, 900, {"-extension", "XTEST"});
+    const auto backend = backendOn(server.name());
     EXPECT_FALSE(backend->services().probe.postEventAllowed());
     EXPECT_TRUE(backend->services().probe.screenCaptureAllowed());
 }

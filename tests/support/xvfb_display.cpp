@@ -32,13 +32,21 @@ int freeDisplayNumber() {
 
 }  // namespace
 
-XvfbDisplay::XvfbDisplay(int width, int height) : width_(width), height_(height) {
+XvfbDisplay::XvfbDisplay(int width, int height, const std::vector<std::string>& extraArgs)
+    : width_(width), height_(height) {
     // Xvfb writes its display number to the pipe (-displayfd) once it accepts connections.
     for (int attempt = 0; attempt < 5; ++attempt) {
         const int n = freeDisplayNumber() + attempt;
         int ready[2];
         if (::pipe(ready) != 0) throw std::runtime_error("pipe failed");
         const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
+        std::vector<std::string> args = {"Xvfb", ":" + std::to_string(n), "-screen", "0", screen, "-nolisten", "tcp",
+                                         "-displayfd", std::to_string(ready[1]), "+extension", "XTEST",
+                                         "+extension", "Composite", "+extension", "DAMAGE", "+extension", "RANDR"};
+        args.insert(args.end(), extraArgs.begin(), extraArgs.end());
+        std::vector<char*> argv;
+        for (std::string& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
         const pid_t pid = ::fork();
         if (pid < 0) throw std::runtime_error("fork failed");
         if (pid == 0) {
@@ -47,11 +55,7 @@ XvfbDisplay::XvfbDisplay(int width, int height) : width_(width), height_(height)
             ::dup2(devnull, 0);
             ::dup2(devnull, 1);
             ::dup2(devnull, 2);
-            const std::string display = ":" + std::to_string(n);
-            const std::string fd = std::to_string(ready[1]);
-            ::execlp("Xvfb", "Xvfb", display.c_str(), "-screen", "0", screen.c_str(), "-nolisten", "tcp",
-                     "-displayfd", fd.c_str(), "+extension", "XTEST", "+extension", "Composite",
-                     "+extension", "DAMAGE", "+extension", "RANDR", static_cast<char*>(nullptr));
+            ::execvp("Xvfb", argv.data());
             ::_exit(127);
         }
         ::close(ready[1]);

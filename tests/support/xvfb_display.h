@@ -2,6 +2,7 @@
 
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace brisko::testing {
 
@@ -9,7 +10,8 @@ namespace brisko::testing {
 // the server accepts connections) and stopped by the destructor.
 class XvfbDisplay {
 public:
-    explicit XvfbDisplay(int width = 1440, int height = 900);
+    // extraArgs go to Xvfb after the others (for example "-extension", "XTEST" to leave XTEST out).
+    explicit XvfbDisplay(int width = 1440, int height = 900, const std::vector<std::string>& extraArgs = {});
     ~XvfbDisplay();
     XvfbDisplay(const XvfbDisplay&) = delete;
     XvfbDisplay& operator=(const XvfbDisplay&) = delete;
