@@ -161,22 +161,22 @@ void X11EventPoster::typeText(const std::u16string& text, EventFlags flags) {
 
 void X11EventPoster::holdModifiers(EventFlags flags, xcb_keysym_t preferred, xcb_keycode_t except) {
     const KeyState down = keysDown();
-    for (const ModifierKeys& group : modifierKeys()) {
-        std::vector<xcb_keycode_t> codes = keyboard_.keycodesOf(group.left);
-        const std::vector<xcb_keycode_t> right = keyboard_.keycodesOf(group.right);
-        const std::size_t rightStart = codes.size();
-        codes.insert(codes.end(), right.begin(), right.end());
+    for (std::size_t i = 0; i < modifierGroupCount; ++i) {
+        const ModifierKeys& group = modifierKeys()[i];
+        const X11Keyboard::ModifierKeycodes& codes = keyboard_.modifierKeycodes()[i];
         const bool wanted = (flags & group.flag) != 0;
         bool held = false;
-        for (const xcb_keycode_t code : codes) {
-            if (code == except || !isDown(down, code)) continue;
-            held = true;
-            if (!wanted) fakeInput(XCB_KEY_RELEASE, code);
+        for (const auto* side : {&codes.left, &codes.right}) {
+            for (const xcb_keycode_t code : *side) {
+                if (code == except || !isDown(down, code)) continue;
+                held = true;
+                if (!wanted) fakeInput(XCB_KEY_RELEASE, code);
+            }
         }
-        if (!wanted || held || codes.empty()) continue;
-        const bool preferRight = preferred == group.right && rightStart < codes.size();
-        const xcb_keycode_t code = preferRight ? codes[rightStart] : codes.front();
-        if (code != except) fakeInput(XCB_KEY_PRESS, code);
+        if (!wanted || held) continue;
+        const bool right = (preferred == group.right && !codes.right.empty()) || codes.left.empty();
+        const std::vector<xcb_keycode_t>& side = right ? codes.right : codes.left;
+        if (!side.empty() && side.front() != except) fakeInput(XCB_KEY_PRESS, side.front());
     }
 }
 

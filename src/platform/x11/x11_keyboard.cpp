@@ -53,6 +53,16 @@ std::vector<xcb_keycode_t> X11Keyboard::keycodesOf(xcb_keysym_t sym) {
     return codes;
 }
 
+const std::array<X11Keyboard::ModifierKeycodes, modifierGroupCount>& X11Keyboard::modifierKeycodes() {
+    if (!modifierKeycodes_) {
+        modifierKeycodes_.emplace();
+        for (std::size_t i = 0; i < modifierGroupCount; ++i) {
+            (*modifierKeycodes_)[i] = {keycodesOf(modifierKeys()[i].left), keycodesOf(modifierKeys()[i].right)};
+        }
+    }
+    return *modifierKeycodes_;
+}
+
 std::optional<X11Keyboard::Key> X11Keyboard::keyFor(xcb_keysym_t sym) {
     if (spares_) {
         for (Spare& spare : *spares_) {

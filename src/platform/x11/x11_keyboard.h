@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -7,6 +8,7 @@
 #include <xcb/xcb_keysyms.h>
 
 #include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_key_table.h"
 
 namespace brisko::platform::x11 {
 
@@ -33,6 +35,13 @@ public:
     std::optional<Key> keyFor(xcb_keysym_t sym);
     // Every keycode of the keymap with sym at its plain or shift level.
     std::vector<xcb_keycode_t> keycodesOf(xcb_keysym_t sym);
+    // The keycodes of each group of modifierKeys(), in that order: asked for before every event,
+    // so looked up once.
+    struct ModifierKeycodes {
+        std::vector<xcb_keycode_t> left;
+        std::vector<xcb_keycode_t> right;
+    };
+    const std::array<ModifierKeycodes, modifierGroupCount>& modifierKeycodes();
     // Gives every bound spare keycode its own keysyms back.
     void restoreKeymap();
 
@@ -51,6 +60,7 @@ private:
     X11Connection& connection_;
     xcb_key_symbols_t* symbols_ = nullptr;
     std::optional<std::vector<Spare>> spares_;  // found on first need
+    std::optional<std::array<ModifierKeycodes, modifierGroupCount>> modifierKeycodes_;
     std::uint64_t useCount_ = 0;
 };
 
