@@ -228,17 +228,15 @@ TEST_F(X11EventPoster, TextIgnoresModifiersHeldForOtherEvents) {
 }
 
 TEST_F(X11EventPoster, MoreDistinctCharactersThanSpareKeycodesStillArrive) {
-    // Forty CJK ideographs, each its own keysym: the spare keycodes are reused.
-    std::string all;
-    for (char32_t c = 0x4E00; c < 0x4E00 + 40; ++c) {
+    // More CJK ideographs, each its own keysym, than Xvfb's keymap has spare keycodes (19): the
+    // spares are reused, each only after its last press has had time to be decoded.
+    std::string expected;
+    for (char32_t c = 0x4E00; c < 0x4E00 + 25; ++c) {
         const std::string t = utf8FromScalar(c);
         post({text(type::keyDown, t), text(type::keyUp, t)});
-        all += typedText(window.events());  // lets the window keep up with the keymap
-        if (::testing::Test::HasFailure()) break;
+        expected += t;
     }
-    std::string expected;
-    for (char32_t c = 0x4E00; c < 0x4E00 + 40; ++c) expected += utf8FromScalar(c);
-    EXPECT_EQ(all, expected);
+    EXPECT_EQ(typedText(window.events()), expected);
 }
 
 TEST_F(X11EventPoster, BoundKeycodesAreRestoredWhenTheBackendEnds) {

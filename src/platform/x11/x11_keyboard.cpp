@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <thread>
 
 namespace brisko::platform::x11 {
 namespace {
@@ -67,7 +68,7 @@ std::optional<X11Keyboard::Key> X11Keyboard::keyFor(xcb_keysym_t sym) {
     if (spares_) {
         for (Spare& spare : *spares_) {
             if (spare.bound == sym) {
-                spare.lastUse = ++useCount_;
+                spare.lastUse = Clock::now();
                 return Key{spare.code, false};
             }
         }
@@ -92,21 +93,22 @@ void X11Keyboard::findSpares() {
         for (int column = 0; column < keysymColumns && empty; ++column) {
             empty = xcb_key_symbols_get_keysym(table, static_cast<xcb_keycode_t>(code), column) == XCB_NO_SYMBOL;
         }
-        if (empty) spares_->push_back({static_cast<xcb_keycode_t>(code), 0, 0});
+        if (empty) spares_->push_back({static_cast<xcb_keycode_t>(code), 0, {}});
     }
 }
 
 std::optional<xcb_keycode_t> X11Keyboard::bindSpare(xcb_keysym_t sym) {
     if (!spares_) findSpares();
     if (spares_->empty()) return std::nullopt;
-    // Unbound spares have lastUse 0, so they go first; then the one bound longest ago.
+    // Unbound spares were never used, so they go first; then the one used longest ago.
     Spare& spare = *std::min_element(spares_->begin(), spares_->end(),
                                      [](const Spare& a, const Spare& b) { return a.lastUse < b.lastUse; });
+    if (spare.bound != 0) std::this_thread::sleep_until(spare.lastUse + settleTime);
     setKeysym(spare.code, sym);
     // The change must be in force before the key that uses it is pressed.
     connection_.sync();
     spare.bound = sym;
-    spare.lastUse = ++useCount_;
+    spare.lastUse = Clock::now();
     restoreThisAtExit(this);
     return spare.code;
 }
@@ -122,14 +124,18 @@ void X11Keyboard::setKeysym(xcb_keycode_t code, xcb_keysym_t sym) {
 
 void X11Keyboard::restoreKeymap() {
     if (!spares_) return;
-    bool changed = false;
+    Clock::time_point lastUse{};
+    for (const Spare& spare : *spares_) {
+        if (spare.bound != 0) lastUse = std::max(lastUse, spare.lastUse);
+    }
+    if (lastUse == Clock::time_point{}) return;
+    std::this_thread::sleep_until(lastUse + settleTime);
     for (Spare& spare : *spares_) {
         if (spare.bound == 0) continue;
         setKeysym(spare.code, XCB_NO_SYMBOL);
-        spare = {spare.code, 0, 0};
-        changed = true;
+        spare = {spare.code, 0, {}};
     }
-    if (changed) connection_.sync();
+    connection_.sync();
 }
 
 }  // namespace brisko::platform::x11

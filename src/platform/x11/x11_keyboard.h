@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -16,11 +17,15 @@ namespace brisko::platform::x11 {
 // keycodes bound to keysyms that the keymap lacks (accented letters, CJK, emoji).
 //
 // A client decodes a key press with the keymap it fetches after the server announces a change,
-// and it may fetch late. A bound spare therefore stays bound, and is reused for the same keysym,
-// until it is needed for another keysym (least recently used first) or the keyboard restores the
-// keymap: when it is destroyed or the process exits, whichever comes first.
+// and it fetches when it gets to the announcement, which may be after the press was posted. A
+// bound spare therefore stays bound, and is reused for the same keysym, until it is needed for
+// another keysym (least recently used first) or the keyboard restores the keymap, when it is
+// destroyed or the process exits; and neither happens sooner than settleTime after the spare's
+// last press, so that clients a little behind still decode that press with its keysym.
 class X11Keyboard {
 public:
+    static constexpr std::chrono::milliseconds settleTime{100};
+
     explicit X11Keyboard(X11Connection& connection) : connection_(connection) {}
     ~X11Keyboard();
     X11Keyboard(const X11Keyboard&) = delete;
@@ -46,10 +51,11 @@ public:
     void restoreKeymap();
 
 private:
+    using Clock = std::chrono::steady_clock;
     struct Spare {
         xcb_keycode_t code = 0;
         xcb_keysym_t bound = 0;  // 0: not bound
-        std::uint64_t lastUse = 0;
+        Clock::time_point lastUse{};
     };
 
     xcb_key_symbols_t* symbols();
@@ -61,7 +67,6 @@ private:
     xcb_key_symbols_t* symbols_ = nullptr;
     std::optional<std::vector<Spare>> spares_;  // found on first need
     std::optional<std::array<ModifierKeycodes, modifierGroupCount>> modifierKeycodes_;
-    std::uint64_t useCount_ = 0;
 };
 
 }  // namespace brisko::platform::x11
