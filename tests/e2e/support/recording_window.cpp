@@ -1,5 +1,6 @@
 #include "e2e/support/recording_window.h"
 
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -44,6 +45,20 @@ std::string RecordingWindow::ask(const std::string& command, const std::string& 
         if (!line) throw std::runtime_error("the recording window did not answer " + command);
         if (*line == answerWord || line->starts_with(answerWord + " ")) return *line;
         received_.push_back(std::move(*line));
+    }
+}
+
+std::string RecordingWindow::waitFor(const std::string& prefix, std::chrono::milliseconds timeout) {
+    for (const std::string& line : received_) {
+        if (line.starts_with(prefix)) return line;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        auto line = process_.readLine(std::max(left, std::chrono::milliseconds(0)));
+        if (!line) throw std::runtime_error("the recording window received no '" + prefix + "'");
+        received_.push_back(*line);
+        if (line->starts_with(prefix)) return *line;
     }
 }
 

@@ -31,6 +31,9 @@ public:
     // The event lines received since the previous call, once everything the server has been
     // sent so far has been delivered: call it after the program that posted the input has ended.
     std::vector<std::string> events();
+    // Waits until an event line that starts with prefix has arrived since the last events() (the
+    // lines stay for events()), and returns it; throws when none comes within the time.
+    std::string waitFor(const std::string& prefix, std::chrono::milliseconds timeout = 10s);
     HeldState held();
     // Sends one command line and returns its answer, the next line that starts with answerWord;
     // event lines that come before it are kept for events().
