@@ -94,6 +94,13 @@ int windowIndex(const Recorder& r, xcb_window_t id) {
 
 std::string number(long value) { return std::to_string(value); }
 
+void loadKeymap(Recorder& r) {
+    if (r.symbols) xcb_key_symbols_free(r.symbols);
+    r.symbols = xcb_key_symbols_alloc(r.connection);
+    // xcb-keysyms asks for the keymap now and reads the answer on first use: read it now.
+    xcb_key_symbols_get_keysym(r.symbols, xcb_get_setup(r.connection)->min_keycode, 0);
+}
+
 void report(Recorder& r, xcb_generic_event_t* event) {
     switch (event->response_type & 0x7F) {
         case XCB_EXPOSE: {
@@ -136,7 +143,11 @@ void report(Recorder& r, xcb_generic_event_t* event) {
             break;
         }
         case XCB_MAPPING_NOTIFY:
-            xcb_refresh_keyboard_mapping(r.symbols, reinterpret_cast<xcb_mapping_notify_event_t*>(event));
+            // Fetched afresh at once, as toolkits do. (xcb_refresh_keyboard_mapping would keep an
+            // older request's answer when a second change comes before it is read.)
+            if (reinterpret_cast<xcb_mapping_notify_event_t*>(event)->request == XCB_MAPPING_KEYBOARD) {
+                loadKeymap(r);
+            }
             break;
         default:
             break;
@@ -175,9 +186,7 @@ void reportState(Recorder& r) {
 }
 
 void reportKeycodesOf(Recorder& r, const std::string& hex) {
-    // A fresh table: the keymap as the server holds it now.
-    xcb_key_symbols_free(r.symbols);
-    r.symbols = xcb_key_symbols_alloc(r.connection);
+    loadKeymap(r);  // the keymap as the server holds it now
     const auto sym = static_cast<xcb_keysym_t>(std::strtoul(hex.c_str(), nullptr, 16));
     std::string codes;
     if (sym != XCB_NO_SYMBOL) {
@@ -283,9 +292,7 @@ int main(int argc, char** argv) {
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(r.connection));
     for (int i = 0; i < screenNumber; ++i) xcb_screen_next(&screens);
     r.screen = screens.data;
-    r.symbols = xcb_key_symbols_alloc(r.connection);
-    // xcb-keysyms fetches the keymap on first use; fetched now, a later change notice refreshes it.
-    xcb_key_symbols_get_keysym(r.symbols, xcb_get_setup(r.connection)->min_keycode, 0);
+    loadKeymap(r);
     mapWindows(r, argc - 1, argv + 1);
 
     std::string pending;
