@@ -53,7 +53,8 @@ TEST_F(Refusal, PressMessageNamesThePointTruncatedAndTheWindow) {
         {{-999.9, 999.99}, "refused a press at (-999,999) on window 4321: " + ownPanel},
         {{-1000, 10}, "refused a press at (-1000,10) on window 4321: " + ownPanel},
     };
-    for (const auto& [point, message] : cases) {
+    for (const auto& [at, message] : cases) {
+        const platform::Point point = at;
         EXPECT_EQ(refusal([&] { refuseIfOnBrisko(point); }), message) << point.x << "," << point.y;
     }
 }
