@@ -1,9 +1,11 @@
 #include "ownui/own_ui_case.h"
 
+#include <cmath>
 #include <concepts>
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "ownui/case_line_json.h"
