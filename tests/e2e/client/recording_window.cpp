@@ -127,8 +127,12 @@ void report(Recorder& r, xcb_generic_event_t* event) {
         case XCB_KEY_RELEASE: {
             const auto* e = reinterpret_cast<xcb_key_press_event_t*>(event);
             const bool press = (event->response_type & 0x7F) == XCB_KEY_PRESS;
-            const int column = (e->state & XCB_MOD_MASK_SHIFT) ? 1 : 0;
-            const xcb_keysym_t sym = xcb_key_symbols_get_keysym(r.symbols, e->detail, column);
+            // The shift level when shift is held and the key has one, as Xlib reads a keymap.
+            xcb_keysym_t sym = xcb_key_symbols_get_keysym(r.symbols, e->detail, 0);
+            if (e->state & XCB_MOD_MASK_SHIFT) {
+                const xcb_keysym_t shifted = xcb_key_symbols_get_keysym(r.symbols, e->detail, 1);
+                if (shifted != XCB_NO_SYMBOL) sym = shifted;
+            }
             char symText[16];
             std::snprintf(symText, sizeof symText, "0x%x", sym);
             std::string line = std::string(press ? "keypress " : "keyrelease ") + number(windowIndex(r, e->event)) +
