@@ -46,7 +46,7 @@ CaseLineJson parseCaseLine(std::string_view line) {
         OverflowFinder finder;
         Json::sax_parse(text, &finder);
         if (!finder.overflow) break;
-        text.replace(finder.overflow->end - finder.overflow->length, finder.overflow->length, "0");
+        text.replace(finder.overflow->end - finder.overflow->length, finder.overflow->length, 1, '0');
         parsed.hasOverflowingNumber = true;
         parsed.value = Json::parse(text, nullptr, false);
     }
