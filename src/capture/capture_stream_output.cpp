@@ -121,7 +121,7 @@ void CaptureStreamOutput::compressTiles() {
         outputOffsets_[i] = total;
         total += deflateCapacity(size(tiles_[i].w * tiles_[i].h * 4));
     }
-    if (output_.size() < total) output_.resize(total);
+    output_.resize(total);
     pool_.run(tiles_.size(), [this](std::size_t lane, std::size_t index) { compressTile(lane, index); });
 }
 

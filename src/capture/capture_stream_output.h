@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "capture/overwrite_buffer.h"
 #include "capture/raw_deflater.h"
 #include "capture/stream_format.h"
 #include "capture/worker_pool.h"
@@ -53,7 +54,7 @@ private:
     WorkerPool pool_;
 
     // The reference: R, G, B, 255 per pixel, rows packed. A size of 0 x 0 means none.
-    std::vector<std::uint8_t> previous_;
+    OverwriteBuffer previous_;
     std::int64_t previousWidth_ = 0;
     std::int64_t previousHeight_ = 0;
 
@@ -63,7 +64,7 @@ private:
     std::vector<TileRect> tiles_;
     std::vector<std::size_t> outputOffsets_;
     std::vector<std::size_t> compressedLengths_;
-    std::vector<std::uint8_t> output_;
+    OverwriteBuffer output_;
     std::vector<EncodedTile> encoded_;
     std::vector<std::uint8_t> record_;
 
