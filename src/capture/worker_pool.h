@@ -46,8 +46,8 @@ private:
     std::vector<std::thread> helpers_;
 };
 
-// The lanes to use on this machine: one per hardware thread, at most 8 (beyond that, memory
-// bandwidth rather than cores limits the encoder).
+// The lanes to use on this machine: one per hardware thread, at most 8, which bounds the threads
+// and compressors a capture session holds on large machines.
 std::size_t hardwareLanes();
 
 }  // namespace brisko
