@@ -189,6 +189,26 @@ TEST_F(RawCommands, HeldFlagsCarryAcrossCommandsOfOneProcessOnly) {
     EXPECT_EQ(next.journal.events(), (std::vector<InputEvent>{moved(10, 20)}));
 }
 
+TEST_F(RawCommands, AnEventThatCannotBeCreatedEndsTheProcessWithTheFlagsAlreadyAdopted) {
+    const std::vector<std::pair<Arguments, EventFlags>> cases = {
+        {{"keydown", "56", "shift"}, shift},
+        {{"keyup", "55", "none"}, 0},
+        {{"keyup", "4", "cmd"}, flag::alternate},
+        {{"mousemove", "1", "2", "left", "cmd"}, cmd},
+        {{"mouseup", "1", "2", "left"}, flag::alternate},
+        {{"scroll", "up", "3", "shift"}, shift},
+    };
+    for (const auto& [line, heldAfter] : cases) {
+        fake::FakePlatform fresh;
+        fresh.events.failFrom = 0;
+        processState().heldFlags = flag::alternate;
+        EXPECT_EQ(fresh.run(line), 2) << line[0];
+        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
+        EXPECT_TRUE(fresh.journal.all().empty());
+        EXPECT_EQ(processState().heldFlags, heldAfter) << line[0];
+    }
+}
+
 TEST_F(RawCommands, KeyArgumentsAreCheckedInOrder) {
     const std::vector<std::pair<Arguments, std::string>> cases = {
         {{"keyup", "65536", "none"}, "expected a CGKeyCode integer, got '65536'"},
