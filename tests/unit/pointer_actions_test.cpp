@@ -31,17 +31,6 @@ TEST_F(PointerActions, EveryEventIsFollowedByThePacingPauseUnlessItIsZero) {
     }
 }
 
-TEST_F(PointerActions, PointerEventsCarryTheHeldFlags) {
-    state.heldFlags = flag::shift | flag::command;
-    moveTo({1, 2});
-    clickAt({1, 2}, MouseButton::named("left"));
-    EXPECT_EQ(platform.journal.events(), (std::vector<InputEvent>{
-                                             moved(1, 2, 0x120000),
-                                             pointerEvent(type::leftMouseDown, 1, 2, 0, 1, 0x120000),
-                                             pointerEvent(type::leftMouseUp, 1, 2, 0, 1, 0x120000),
-                                         }));
-}
-
 TEST_F(PointerActions, ButtonsByExactName) {
     EXPECT_EQ(MouseButton::named("left"), (MouseButton{0, 1, 2}));
     EXPECT_EQ(MouseButton::named("right"), (MouseButton{1, 3, 4}));
@@ -53,24 +42,6 @@ TEST_F(PointerActions, ButtonsByExactName) {
         } catch (const InputCommandError& error) {
             EXPECT_EQ(error.message(), "unknown mouse button '" + name + "' (want left|right|middle)");
         }
-    }
-}
-
-TEST_F(PointerActions, ClickPressesAndReleasesWithItsClickState) {
-    struct Case {
-        std::string button;
-        std::int64_t clickState;
-        std::vector<InputEvent> events;
-    };
-    const std::vector<Case> cases = {
-        {"left", 1, {pointerEvent(1, 7, 8, 0, 1), pointerEvent(2, 7, 8, 0, 1)}},
-        {"right", 1, {pointerEvent(3, 7, 8, 1, 1), pointerEvent(4, 7, 8, 1, 1)}},
-        {"middle", 2, {pointerEvent(25, 7, 8, 2, 2), pointerEvent(26, 7, 8, 2, 2)}},
-    };
-    for (const auto& c : cases) {
-        fake::FakePlatform fresh;
-        clickAt({7, 8}, MouseButton::named(c.button), c.clickState);
-        EXPECT_EQ(fresh.journal.all(), paced(c.events)) << c.button;
     }
 }
 
@@ -122,23 +93,6 @@ TEST_F(PointerActions, DragInterpolatesTwelveUnroundedStepsWithTheLeftButton) {
     }
 }
 
-TEST_F(PointerActions, DragFromTheOriginPostsExactPointsAndPauses) {
-    drag({0, 0}, {120, 60});
-    std::vector<InputEvent> expected = {moved(0, 0), pointerEvent(type::leftMouseDown, 0, 0)};
-    for (int i = 1; i <= 12; ++i) expected.push_back(pointerEvent(type::leftMouseDragged, 10.0 * i, 5.0 * i));
-    expected.push_back(pointerEvent(type::leftMouseUp, 120, 60));
-    EXPECT_EQ(platform.journal.all(), paced(expected));
-}
-
-TEST_F(PointerActions, ScrollPostsThreeLinesPerEventInItsDirection) {
-    state.heldFlags = flag::control;
-    scroll("down", 2);
-    scroll("up", 1);
-    scroll("up", 0);
-    EXPECT_EQ(platform.journal.all(), paced({scrolled(-3, flag::control), scrolled(-3, flag::control),
-                                             scrolled(3, flag::control)}));
-}
-
 TEST_F(PointerActions, UnknownScrollDirectionPostsNothing) {
     for (const std::string direction : {"left", "Up", "", "down "}) {
         try {
@@ -149,18 +103,6 @@ TEST_F(PointerActions, UnknownScrollDirectionPostsNothing) {
         }
     }
     EXPECT_TRUE(platform.journal.all().empty());
-}
-
-TEST_F(PointerActions, AnEventThatCannotBeCreatedEndsTheProcessKeepingWhatWasPosted) {
-    for (const std::size_t failFrom : {0u, 1u, 2u, 14u}) {
-        fake::FakePlatform fresh;
-        fresh.events.failFrom = failFrom;
-        EXPECT_EQ(fake::exitStatusOf([] { drag({0, 0}, {12, 12}); }), 2);
-        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
-        // Nothing is released: a press posted before the failure stays down.
-        EXPECT_EQ(fresh.journal.events().size(), failFrom);
-        EXPECT_EQ(fresh.journal.pauses().size(), failFrom);
-    }
 }
 
 }  // namespace
