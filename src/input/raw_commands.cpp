@@ -67,7 +67,7 @@ void runMouseUp(const Arguments& arguments) {
 
 void runRawKey(const Arguments& arguments, bool down) {
     const KeyCode code = parseKeyCode(arguments[0]);
-    // Holding or letting go of a modifier, and every key release, never reaches the host's UI.
+    // Modifier presses and every release pass, so that a gesture can always let go of its keys.
     if (down && !processState().modifierKeyCodeSet.contains(code)) refuseIfBriskoFrontmost();
     const EventFlags flags = parseFlags(arguments[1]);
     postRawKey(code, flags, down);
