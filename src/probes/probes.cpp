@@ -1,29 +1,18 @@
 #include "probes/probes.h"
 
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <string>
 
 #include "cli/diagnostics.h"
 #include "cli/process_state.h"
+#include "ownui/truncation.h"
 
 namespace brisko {
 namespace {
 
 const char* digit(bool value) { return value ? "1" : "0"; }
 const char* jsonBool(bool value) { return value ? "true" : "false"; }
-
-// Truncation toward zero; a size the platform reports as NaN or beyond the range reads as 0 or the
-// nearest limit instead of being undefined.
-long long truncated(double value) {
-    if (std::isnan(value)) return 0;
-    constexpr double lowest = static_cast<double>(std::numeric_limits<long long>::min());
-    if (value <= lowest) return std::numeric_limits<long long>::min();
-    if (value >= -lowest) return std::numeric_limits<long long>::max();
-    return static_cast<long long>(value);
-}
 
 // A session value present and non-zero.
 bool sessionFlag(const std::map<std::string, double>& values, const std::string& key) {
@@ -57,7 +46,8 @@ void printGeometry() {
     const platform::Rect bounds = probe.mainDisplayBounds();
     const auto pixels = probe.mainDisplayPixelSize();
     if (!pixels) die("CGDisplayCopyDisplayMode failed");
-    writeStdoutLine(std::to_string(truncated(bounds.width)) + " " + std::to_string(truncated(bounds.height)) + " " +
+    writeStdoutLine(std::to_string(truncatedSaturating(bounds.width)) + " " +
+                    std::to_string(truncatedSaturating(bounds.height)) + " " +
                     std::to_string(pixels->width) + " " + std::to_string(pixels->height));
 }
 
