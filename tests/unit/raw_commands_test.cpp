@@ -131,20 +131,6 @@ TEST_F(RawCommands, ReleasesPostClickStateOneWithTheHeldFlags) {
                                       }));
 }
 
-TEST_F(RawCommands, ARefusedButtonMovesWithoutDraggingAndItsOneReleaseIsSwallowed) {
-    state.refusedButtons.insert("left");
-    raw({"mousemove", "300", "300", "left"});
-    raw({"mousemove", "301", "300", "right"});
-    raw({"mouseup", "300", "300", "left"});
-    EXPECT_TRUE(state.refusedButtons.empty());
-    raw({"mouseup", "302", "300", "left"});
-    EXPECT_EQ(platform.journal.events(), (std::vector<InputEvent>{
-                                             moved(300, 300),
-                                             pointerEvent(type::rightMouseDragged, 301, 300, 1),
-                                             pointerEvent(type::leftMouseUp, 302, 300, 0, 1),
-                                         }));
-}
-
 TEST_F(RawCommands, ASwallowedReleaseStillAdoptsItsFlags) {
     state.refusedButtons.insert("Left");  // recorded as written, whatever the name
     raw({"mouseup", "1", "1", "Left", "shift"});
