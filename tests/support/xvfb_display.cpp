@@ -40,7 +40,9 @@ XvfbDisplay::XvfbDisplay(int width, int height, const std::vector<std::string>& 
         int ready[2];
         if (::pipe(ready) != 0) throw std::runtime_error("pipe failed");
         const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
-        std::vector<std::string> args = {"Xvfb", ":" + std::to_string(n), "-screen", "0", screen, "-nolisten", "tcp",
+        // (":" + number would do, but GCC 12 at -O3 misreads it as an overlapping copy.)
+        std::vector<std::string> args = {"Xvfb", std::string(":").append(std::to_string(n)),
+                                         "-screen", "0", screen, "-nolisten", "tcp",
                                          "-displayfd", std::to_string(ready[1]), "+extension", "XTEST",
                                          "+extension", "Composite", "+extension", "DAMAGE", "+extension", "RANDR"};
         args.insert(args.end(), extraArgs.begin(), extraArgs.end());
@@ -71,7 +73,7 @@ XvfbDisplay::XvfbDisplay(int width, int height, const std::vector<std::string>& 
         ::close(ready[0]);
         if (!answer.empty() && answer.find('\n') != std::string::npos) {
             pid_ = pid;
-            name_ = ":" + answer.substr(0, answer.find('\n'));
+            name_ = std::string(":").append(answer, 0, answer.find('\n'));
             return;
         }
         ::kill(pid, SIGTERM);
