@@ -103,10 +103,10 @@ TEST_F(PlayBlockParsing, EveryHeaderFaultHasTheOneMessage) {
         {{"b"}, "b"},
         {{}, std::nullopt},
     };
-    for (const auto& [tokens, id] : cases) {
-        const PlayRefusal refusal = refusalOf([&] { parsePlayHeader(tokens); });
-        EXPECT_EQ(refusal.reason, malformedHeader) << ::testing::PrintToString(tokens);
-        EXPECT_EQ(refusal.id, id) << ::testing::PrintToString(tokens);
+    for (const auto& c : cases) {
+        const PlayRefusal refusal = refusalOf([&] { parsePlayHeader(c.first); });
+        EXPECT_EQ(refusal.reason, malformedHeader) << ::testing::PrintToString(c.first);
+        EXPECT_EQ(refusal.id, c.second) << ::testing::PrintToString(c.first);
     }
 }
 
