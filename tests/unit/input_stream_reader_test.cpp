@@ -45,13 +45,6 @@ TEST_F(InputStreamReader, WorkIsQueuedInArrivalOrderAndStopsAreHandledAtOnce) {
               "brisko-mac-input: play: refused x: " + malformedHeader + "\n");
 }
 
-TEST_F(InputStreamReader, StopLinesInsideABodyAreBodyLines) {
-    serve("play a 100 0\nplay b 100 2\nstop a\nstop b\n");
-    EXPECT_EQ(platform.streams.out(),
-              "played a cancelled 0\nplayed b refused line 1: expected a non-negative integer t, got 'stop a'\n");
-    EXPECT_EQ(err(), "brisko-mac-input: play: refused b: line 1: expected a non-negative integer t, got 'stop a'\n");
-}
-
 TEST_F(InputStreamReader, EndOfInputInsideABodyRefusesTheBlock) {
     serve("play b 100 3\n0 keydown 4 none\r\n5 keyup 4 none");
     EXPECT_EQ(platform.streams.out(), "played b refused the block ended after 2 of 3 lines\n");

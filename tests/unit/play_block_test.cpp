@@ -77,39 +77,6 @@ TEST_F(PlayBlockParsing, TokensAreSeparatedByRunsOfSpacesOnly) {
     for (const auto& [line, tokens] : cases) EXPECT_EQ(splitAtSpaces(line), tokens) << "[" << line << "]";
 }
 
-TEST_F(PlayBlockParsing, HeadersWithinTheLimitsAreAccepted) {
-    const PlayHeader limits = parsePlayHeader({"b", "600000", "120000"});
-    EXPECT_EQ(limits.id, "b");
-    EXPECT_EQ(limits.durationMs, 600000);
-    EXPECT_EQ(limits.count, 120000);
-    const PlayHeader empty = parsePlayHeader({"x/y\tz", "0", "0"});
-    EXPECT_EQ(empty.id, "x/y\tz");
-    EXPECT_EQ(empty.durationMs, 0);
-    EXPECT_EQ(empty.count, 0);
-}
-
-TEST_F(PlayBlockParsing, EveryHeaderFaultHasTheOneMessage) {
-    using Tokens = std::vector<std::string>;
-    const std::vector<std::pair<Tokens, std::optional<std::string>>> cases = {
-        {{"b", "600001", "1"}, "b"},
-        {{"b", "10", "120001"}, "b"},
-        {{"b", "10"}, "b"},
-        {{"b", "10", "2", "x"}, "b"},
-        {{"b", "-5", "1"}, "b"},
-        {{"b", "+5", "1"}, "b"},
-        {{"b", "1e3", "1"}, "b"},
-        {{"b", "10", "1.0"}, "b"},
-        {{"b", "99999999999999999999", "0"}, "b"},
-        {{"b"}, "b"},
-        {{}, std::nullopt},
-    };
-    for (const auto& c : cases) {
-        const PlayRefusal refusal = refusalOf([&] { parsePlayHeader(c.first); });
-        EXPECT_EQ(refusal.reason, malformedHeader) << ::testing::PrintToString(c.first);
-        EXPECT_EQ(refusal.id, c.second) << ::testing::PrintToString(c.first);
-    }
-}
-
 TEST_F(PlayBlockParsing, BodyLinesBecomeTimedArgvs) {
     const PlayBlock block = parsePlayBlock("b1", 400,
                                            {"0 mousemove 120 300", "  50   mousedown 120 300 left ",
@@ -127,35 +94,6 @@ TEST_F(PlayBlockParsing, BodyLinesBecomeTimedArgvs) {
     EXPECT_TRUE(parsePlayBlock("e", 0, {}).lines.empty());
 }
 
-TEST_F(PlayBlockParsing, TheFirstBodyFaultRefusesTheBlock) {
-    using Body = std::vector<std::string>;
-    struct Case {
-        std::int64_t durationMs;
-        Body lines;
-        std::string reason;
-    };
-    const std::vector<Case> cases = {
-        {100, {"0 keyup 55 none", ""}, "line 2: expected a non-negative integer t, got ''"},
-        {100, {"   "}, "line 1: expected a non-negative integer t, got '   '"},
-        {100, {"5\tkeydown 55 cmd"}, "line 1: expected a non-negative integer t, got '5\tkeydown 55 cmd'"},
-        {100, {"-1 keyup 55 none"}, "line 1: expected a non-negative integer t, got '-1 keyup 55 none'"},
-        {100, {"x keyup 55 none"}, "line 1: expected a non-negative integer t, got 'x keyup 55 none'"},
-        {100, {"0 mousemove 1 2", " 7  "}, "line 2: no command after t in ' 7  '"},
-        {100, {"0 click 1 2"}, "line 1: unknown raw command 'click'"},
-        {100, {"0 KeyDown 55 cmd"}, "line 1: unknown raw command 'KeyDown'"},
-        {100, {"5 keyup 0 none", "4 keyup 0 none"}, "line 2: t 4 goes backwards after 5"},
-        // The earlier check of a line wins over the later ones.
-        {100, {"5 keyup 0 none", "4 click"}, "line 2: unknown raw command 'click'"},
-        {10, {"20 keyup 55 none"}, "durationMs 10 ends before the last line's t 20"},
-        {10, {"0 keyup 55 none", "11 click"}, "line 2: unknown raw command 'click'"},
-    };
-    for (const Case& c : cases) {
-        const PlayRefusal refusal = refusalOf([&] { parsePlayBlock("b", c.durationMs, c.lines); });
-        EXPECT_EQ(refusal.reason, c.reason);
-        EXPECT_EQ(refusal.id, "b");
-    }
-}
-
 TEST_F(PlayBlockParsing, ReadingTakesExactlyTheAnnouncedLinesWhateverTheyHold) {
     Lines input{{"0 keydown 55 cmd", "stop b", "play c 1 0", "after"}};
     const PlayRefusal refusal = refusalOf([&] { readPlayBlock({"b", "100", "3"}, input.source()); });
@@ -166,13 +104,6 @@ TEST_F(PlayBlockParsing, ReadingTakesExactlyTheAnnouncedLinesWhateverTheyHold) {
     const PlayBlock block = readPlayBlock({"g", "10", "2"}, good.source());
     EXPECT_EQ(block.lines.size(), 2u);
     EXPECT_EQ(good.left, std::deque<std::string>{"next"});
-}
-
-TEST_F(PlayBlockParsing, InputEndingInsideTheBodyRefusesTheBlock) {
-    Lines input{{"0 keydown 55 cmd", "5 keyup 55 none"}};
-    const PlayRefusal refusal = refusalOf([&] { readPlayBlock({"b", "100", "3"}, input.source()); });
-    EXPECT_EQ(refusal.reason, "the block ended after 2 of 3 lines");
-    EXPECT_EQ(refusal.id, "b");
 }
 
 TEST_F(PlayBlockParsing, ARefusedHeaderReadsNoBodyLine) {
