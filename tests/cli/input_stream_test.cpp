@@ -62,9 +62,10 @@ TEST(InputStream, BadLinesAreReportedAndTheStreamGoesOn) {
          {"input-stream: nothing to stop for line 'stop'", "input-stream: nothing to stop for line 'stop a b'",
           "input-stream: nothing to stop for line 'stop x'",
           "input-stream: nothing to stop for line '  stop   x  '"}},
-        {"hello world\nStop x\n", "",
+        {"hello world\nStop x\nmousedown 10\n", "",
          {"input-stream: ignoring unknown command in line 'hello world'",
-          "input-stream: ignoring unknown command in line 'Stop x'"}},
+          "input-stream: ignoring unknown command in line 'Stop x'",
+          "input-stream: ignoring line 'mousedown 10': usage: mousedown X Y left|middle|right [flags]"}},
         {"play\n", "", {"play: refused a block with no id: " + malformedHeader}},
         // A refused header leaves its body to be read as ordinary lines.
         {"play x 5\n0 keyup 1 none\n", "played x refused " + malformedHeader + "\n",
@@ -91,6 +92,19 @@ TEST(InputStream, AStopEndsAPlayingOrQueuedBlockAtOnce) {
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, banner + "played a cancelled 0\nplayed b cancelled 0\nplayed s ok 0\n");
     EXPECT_EQ(r.err, "brisko-mac-input: input-stream: nothing to stop for line 'stop a'\n");
+}
+
+TEST(InputStream, FailingLinesOfABlockAreCountedInItsAnswer) {
+    RunningProgram program(programPath(), {"input-stream"});
+    program.write("play b 20 3\n0 mousedown 10\n5 keyup\n5 scroll up 0\n");
+    ASSERT_TRUE(program.waitForOut("played b ok 3\n"));
+    program.closeInput();
+    const auto r = program.finish();
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err,
+              "brisko-mac-input: play b: line 'mousedown 10': usage: mousedown X Y left|middle|right [flags]\n"
+              "brisko-mac-input: play b: line 'keyup': usage: keyup <cgkeycode> <flags|none>\n"
+              "brisko-mac-input: play b: line 'scroll up 0': usage: scroll up|down N [flags]\n");
 }
 
 TEST(InputStream, TerminationEndsAtOnceWithStatusZero) {

@@ -49,6 +49,15 @@ TEST(Play, ABlockWithoutLinesLastsItsDurationAndAnswersOk) {
     EXPECT_GE(elapsed, std::chrono::milliseconds(60));
 }
 
+TEST(Play, FailingLinesAreCountedAndTheBlockGoesOn) {
+    const auto r = runProgram(programPath(), {"play"}, "play b 10 2\n0 mousedown 10\n5 keydown x none\n");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "played b ok 2\n");
+    EXPECT_EQ(r.err,
+              "brisko-mac-input: play b: line 'mousedown 10': usage: mousedown X Y left|middle|right [flags]\n"
+              "brisko-mac-input: play b: line 'keydown x none': expected a CGKeyCode integer, got 'x'\n");
+}
+
 TEST(Play, ArgumentsAreAUsageError) {
     const auto r = runProgram(programPath(), {"play", "b"}, "play b 0 0\n");
     EXPECT_EQ(r.status, 2);
