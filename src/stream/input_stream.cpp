@@ -16,7 +16,7 @@ namespace {
 
 using Tokens = std::vector<std::string>;
 
-void requestStop(const std::string& line, const Tokens& tokens) {
+void handleStop(const std::string& line, const Tokens& tokens) {
     if (tokens.size() == 2 && processState().playControl.requestStop(tokens[1])) return;
     warn("input-stream: nothing to stop for line '" + line + "'");
 }
@@ -67,7 +67,7 @@ void serveInputStream(std::istream& in, WorkQueue& player) {
         Tokens tokens = splitAtSpaces(*line);
         if (tokens.empty()) continue;
         if (tokens.front() == "stop") {
-            requestStop(*line, tokens);
+            handleStop(*line, tokens);
         } else if (tokens.front() == "play") {
             readBlock(player, Tokens(tokens.begin() + 1, tokens.end()), next);
         } else {
