@@ -46,7 +46,8 @@ private:
     UnconnectedPasteboard pasteboard_;
     x11::X11SystemProbe probe_{connection_};
     SteadyClock clock_;
-    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams()};
+    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(),
+                       systemSignals()};
 };
 
 }  // namespace
