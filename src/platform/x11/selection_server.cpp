@@ -115,6 +115,8 @@ void SelectionServer::startTransfer(xcb_window_t requestor, xcb_atom_t property,
     const auto total = static_cast<std::uint32_t>(std::min<std::size_t>(served.data->size(), UINT32_MAX));
     xcb_change_property(connection_.xcb(), XCB_PROP_MODE_REPLACE, requestor, property, connection_.atom("INCR"), 32,
                         1, &total);
+    // A requestor that asks again into the same property has given up on the earlier transfer.
+    std::erase_if(transfers_, [&](const Transfer& t) { return t.requestor == requestor && t.property == property; });
     transfers_.push_back(
         {requestor, property, served.replyType, served.data, 0, std::chrono::steady_clock::now() + transferPatience});
 }
