@@ -202,6 +202,10 @@ TestClipboardOwner::~TestClipboardOwner() {
     ::waitpid(pid_, nullptr, 0);
 }
 
+IdleClient::IdleClient(const std::string& display) : connection_(xcb_connect(display.c_str(), nullptr)) {}
+
+IdleClient::~IdleClient() { xcb_disconnect(connection_); }
+
 std::string timestampValue(std::uint32_t time) {
     std::string bytes(sizeof time, '\0');
     std::memcpy(bytes.data(), &time, sizeof time);

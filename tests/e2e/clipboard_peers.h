@@ -42,6 +42,20 @@ private:
     pid_t pid_ = -1;
 };
 
+// A client that only stays connected, as a desktop session's other clients do. Without one, the
+// server resets (wiping root window properties and selections) whenever its last client leaves,
+// which may be between two commands of the program.
+class IdleClient {
+public:
+    explicit IdleClient(const std::string& display);
+    ~IdleClient();
+    IdleClient(const IdleClient&) = delete;
+    IdleClient& operator=(const IdleClient&) = delete;
+
+private:
+    xcb_connection_t* connection_;
+};
+
 // The 4 bytes of a TIMESTAMP value.
 std::string timestampValue(std::uint32_t time);
 
