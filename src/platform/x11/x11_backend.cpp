@@ -49,7 +49,8 @@ private:
     x11::X11Pasteboard pasteboard_;
     UnconnectedProbe probe_;
     SteadyClock clock_;
-    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams()};
+    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(),
+                       systemSignals()};
 };
 
 }  // namespace
