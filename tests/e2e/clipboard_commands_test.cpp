@@ -101,6 +101,17 @@ TEST_F(ClipboardCommandsTest, TextSetByTheProgramIsThereForXclipAsSoonAsTheComma
     }
 }
 
+TEST_F(ClipboardCommandsTest, LargeTextSetInTheInputStreamOutlivesTheStream) {
+    std::string text;
+    while (text.size() < (2 << 20)) text += "stream \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\n";
+    const ProgramResult r = run({"input-stream"}, "set-clipboard " + base64(text) + "\n");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "");
+    EXPECT_TRUE(xclipGet(name(), "UTF8_STRING") == text) << "xclip read the text differently";
+    EXPECT_TRUE(getClipboard({"public.utf8-plain-text"}).rest ==
+                foundRest(R"("STRING","TEXT","public.utf8-plain-text")", "public.utf8-plain-text", text));
+}
+
 TEST_F(ClipboardCommandsTest, ContentsSetByXclipAreFoundWithTheirBase64) {
     struct Case {
         std::string target;
