@@ -24,7 +24,10 @@ public:
     std::int64_t changeCount() override;
     std::vector<std::vector<std::string>> itemTypes() override;
     std::optional<Bytes> data(std::size_t item, const std::string& type) override;
-    // Leaves the clipboard without an owner, which readers see as empty.
+    // Leaves the clipboard without an owner, which readers see as empty; the owner is told it
+    // lost the clipboard (a serving process of ours exits). Data set afterwards, even the empty
+    // transient marker, gets a serving process of its own, so a clipboard manager that restores
+    // contents whose owner vanished finds an owner instead.
     void clearContents() override;
     // Each call hands everything set since the last clear to a new serving process.
     void setData(const std::string& type, const Bytes& data) override;
