@@ -1,5 +1,6 @@
 #include "platform/services.h"
 #include "platform/steady_clock.h"
+#include "platform/x11/x11_pasteboard.h"
 
 namespace brisko::platform {
 namespace {
@@ -25,17 +26,6 @@ public:
     std::uint32_t mainDisplayID() override { return 0; }
 };
 
-class UnconnectedPasteboard final : public Pasteboard {
-public:
-    std::int64_t changeCount() override { return 0; }
-    std::vector<std::vector<std::string>> itemTypes() override { return {}; }
-    std::optional<Bytes> data(std::size_t, const std::string&) override { return std::nullopt; }
-    void clearContents() override {}
-    void setData(const std::string&, const Bytes&) override {}
-    void setPlainText(const std::string&) override {}
-    std::int64_t accessBehavior() override { return 2; }
-};
-
 class UnconnectedProbe final : public SystemProbe {
 public:
     void requestPermissions() override {}
@@ -56,7 +46,7 @@ private:
     UnconnectedEvents events_;
     UnconnectedWindows windows_;
     UnconnectedCapture capture_;
-    UnconnectedPasteboard pasteboard_;
+    x11::X11Pasteboard pasteboard_;
     UnconnectedProbe probe_;
     SteadyClock clock_;
     Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(),
