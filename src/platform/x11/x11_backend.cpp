@@ -2,6 +2,7 @@
 #include "platform/steady_clock.h"
 #include "platform/x11/x11_connection.h"
 #include "platform/x11/x11_event_poster.h"
+#include "platform/x11/x11_pasteboard.h"
 #include "platform/x11/x11_system_probe.h"
 
 namespace brisko::platform {
@@ -23,16 +24,6 @@ public:
     std::uint32_t mainDisplayID() override { return 0; }
 };
 
-class UnconnectedPasteboard final : public Pasteboard {
-public:
-    std::int64_t changeCount() override { return 0; }
-    std::vector<std::vector<std::string>> itemTypes() override { return {}; }
-    std::optional<Bytes> data(std::size_t, const std::string&) override { return std::nullopt; }
-    void clearContents() override {}
-    void setData(const std::string&, const Bytes&) override {}
-    void setPlainText(const std::string&) override {}
-    std::int64_t accessBehavior() override { return 2; }
-};
 
 class X11Backend final : public Backend {
 public:
@@ -43,7 +34,7 @@ private:
     x11::X11EventPoster events_{connection_};
     UnconnectedWindows windows_;
     UnconnectedCapture capture_;
-    UnconnectedPasteboard pasteboard_;
+    x11::X11Pasteboard pasteboard_;
     x11::X11SystemProbe probe_{connection_};
     SteadyClock clock_;
     Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(),
