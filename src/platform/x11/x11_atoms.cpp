@@ -1,6 +1,6 @@
 #include "platform/x11/x11_atoms.h"
 
-#include "platform/x11/x11_reply.h"
+#include "platform/x11/x11_connection.h"
 
 namespace brisko::platform::x11 {
 
@@ -13,7 +13,7 @@ std::vector<xcb_atom_t> internAtoms(xcb_connection_t* connection, const std::vec
     std::vector<xcb_atom_t> atoms;
     atoms.reserve(names.size());
     for (const auto cookie : cookies) {
-        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+        const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
         atoms.push_back(reply ? reply->atom : XCB_NONE);
     }
     return atoms;

@@ -1,16 +1,6 @@
 #include "platform/x11/x11_connection.h"
 
-#include <cstdlib>
-
 namespace brisko::platform::x11 {
-namespace {
-
-std::string displayName() {
-    const char* name = std::getenv("DISPLAY");
-    return name && *name ? name : "(DISPLAY not set)";
-}
-
-}  // namespace
 
 X11Connection::~X11Connection() {
     if (connection_) xcb_disconnect(connection_);
@@ -19,19 +9,19 @@ X11Connection::~X11Connection() {
 void X11Connection::open() {
     int screenNumber = 0;
     xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
+    // xcb never returns null: a failed connection is an object in the error state.
     if (xcb_connection_has_error(connection)) {
         xcb_disconnect(connection);
         return;
     }
-    xcb_screen_iterator_t it = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (int i = 0; i < screenNumber && it.rem; ++i) xcb_screen_next(&it);
-    if (!it.rem) {
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (int i = 0; i < screenNumber && screens.rem > 0; ++i) xcb_screen_next(&screens);
+    if (screens.rem == 0) {
         xcb_disconnect(connection);
         return;
     }
+    screen_ = screens.data;
     connection_ = connection;
-    screen_ = it.data;
-    root_ = it.data->root;
 }
 
 xcb_connection_t* X11Connection::get() {
@@ -40,9 +30,20 @@ xcb_connection_t* X11Connection::get() {
     return connection_;
 }
 
-std::string X11Connection::failure() const {
-    if (connection_) return "the connection to X display " + displayName() + " broke";
-    return "cannot open X display " + displayName();
+bool X11Connection::hasExtension(xcb_extension_t& extension) {
+    xcb_connection_t* connection = get();
+    if (!connection) return false;
+    const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection, &extension);
+    return data && data->present;
+}
+
+bool X11Connection::sync() {
+    xcb_connection_t* connection = get();
+    if (!connection) return false;
+    // Any request with a reply will do: the server answers requests in order.
+    XcbReply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    return reply != nullptr;
 }
 
 }  // namespace brisko::platform::x11

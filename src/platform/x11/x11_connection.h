@@ -1,14 +1,23 @@
 #pragma once
 
+#include <cstdlib>
+#include <memory>
 #include <mutex>
-#include <string>
 
 #include <xcb/xcb.h>
 
 namespace brisko::platform::x11 {
 
-// The one connection of the process to the X server named by DISPLAY, opened on first use so that
-// commands that need no display work without one.
+// Replies and other buffers that xcb hands over are released with free().
+struct FreeDeleter {
+    void operator()(void* p) const { std::free(p); }
+};
+template <class T>
+using XcbReply = std::unique_ptr<T, FreeDeleter>;
+
+// The one connection to the X server that the X services of the process share. It is opened on
+// first use, to the display named the usual X way (xcb reads DISPLAY), so that commands that need
+// no display never touch one. Safe to use from several threads, as xcb itself is.
 class X11Connection {
 public:
     X11Connection() = default;
@@ -16,13 +25,16 @@ public:
     X11Connection(const X11Connection&) = delete;
     X11Connection& operator=(const X11Connection&) = delete;
 
-    // The open connection, or nullptr when the display cannot be opened or the connection broke.
+    // The open connection; null when the server cannot be reached or the connection has broken.
     xcb_connection_t* get();
-    // The root window of the default screen; only meaningful once get() has succeeded.
-    xcb_window_t root() const { return root_; }
-    const xcb_screen_t* screen() const { return screen_; }
-    // Why get() returned nullptr.
-    std::string failure() const;
+    // The screen named by the display; only meaningful once get() has returned a connection.
+    const xcb_screen_t& screen() const { return *screen_; }
+    xcb_window_t root() const { return screen_->root; }
+    // True when the server offers the extension (asked once, then cached by xcb).
+    bool hasExtension(xcb_extension_t& extension);
+    // Waits until the server has handled every request sent so far: the events they generated
+    // have reached their clients' queues. False when the connection has broken.
+    bool sync();
 
 private:
     void open();
@@ -30,7 +42,6 @@ private:
     std::once_flag opened_;
     xcb_connection_t* connection_ = nullptr;
     const xcb_screen_t* screen_ = nullptr;
-    xcb_window_t root_ = XCB_NONE;
 };
 
 }  // namespace brisko::platform::x11

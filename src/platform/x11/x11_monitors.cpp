@@ -4,7 +4,7 @@
 
 #include <xcb/randr.h>
 
-#include "platform/x11/x11_reply.h"
+#include "platform/x11/x11_connection.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -13,14 +13,14 @@ namespace {
 bool randrHasMonitors(xcb_connection_t* connection) {
     const xcb_query_extension_reply_t* randr = xcb_get_extension_data(connection, &xcb_randr_id);
     if (!randr || !randr->present) return false;
-    const Reply<xcb_randr_query_version_reply_t> version(
+    const XcbReply<xcb_randr_query_version_reply_t> version(
         xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
     return version && (version->major_version > 1 || version->minor_version >= 5);
 }
 
 std::vector<Monitor> randrMonitors(xcb_connection_t* connection, xcb_window_t root) {
     if (!randrHasMonitors(connection)) return {};
-    const Reply<xcb_randr_get_monitors_reply_t> reply(
+    const XcbReply<xcb_randr_get_monitors_reply_t> reply(
         xcb_randr_get_monitors_reply(connection, xcb_randr_get_monitors(connection, root, 1), nullptr));
     if (!reply) return {};
     std::vector<Monitor> list;
@@ -33,10 +33,10 @@ std::vector<Monitor> randrMonitors(xcb_connection_t* connection, xcb_window_t ro
 
 }  // namespace
 
-std::vector<Monitor> monitors(xcb_connection_t* connection, const xcb_screen_t* screen) {
-    std::vector<Monitor> list = randrMonitors(connection, screen->root);
+std::vector<Monitor> monitors(xcb_connection_t* connection, const xcb_screen_t& screen) {
+    std::vector<Monitor> list = randrMonitors(connection, screen.root);
     if (list.empty()) {
-        list.push_back({screen->root, Rect{0, 0, double(screen->width_in_pixels), double(screen->height_in_pixels)},
+        list.push_back({screen.root, Rect{0, 0, double(screen.width_in_pixels), double(screen.height_in_pixels)},
                         true});
     }
     return list;

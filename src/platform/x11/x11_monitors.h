@@ -17,7 +17,7 @@ struct Monitor {
 };
 
 // The active RandR monitors; the whole screen as the one monitor when RandR lists none.
-std::vector<Monitor> monitors(xcb_connection_t* connection, const xcb_screen_t* screen);
+std::vector<Monitor> monitors(xcb_connection_t* connection, const xcb_screen_t& screen);
 
 // The primary monitor, or the first when none is primary. The list must not be empty.
 const Monitor& mainMonitor(const std::vector<Monitor>& monitors);

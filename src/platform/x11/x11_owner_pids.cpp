@@ -4,7 +4,7 @@
 
 #include <xcb/res.h>
 
-#include "platform/x11/x11_reply.h"
+#include "platform/x11/x11_connection.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -36,7 +36,7 @@ std::vector<std::optional<std::int32_t>> ownerPids(xcb_connection_t* connection,
     std::vector<std::optional<std::int32_t>> pids;
     pids.reserve(windows.size());
     for (const auto cookie : cookies) {
-        const Reply<xcb_res_query_client_ids_reply_t> reply(
+        const XcbReply<xcb_res_query_client_ids_reply_t> reply(
             xcb_res_query_client_ids_reply(connection, cookie, nullptr));
         pids.push_back(pidIn(reply.get()));
     }

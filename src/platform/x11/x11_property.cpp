@@ -15,8 +15,8 @@ xcb_get_property_cookie_t requestProperty(xcb_connection_t* connection, xcb_wind
     return xcb_get_property(connection, 0, window, property, type, 0, maxPropertyLongs);
 }
 
-Reply<xcb_get_property_reply_t> propertyReply(xcb_connection_t* connection, xcb_get_property_cookie_t cookie) {
-    return Reply<xcb_get_property_reply_t>(xcb_get_property_reply(connection, cookie, nullptr));
+XcbReply<xcb_get_property_reply_t> propertyReply(xcb_connection_t* connection, xcb_get_property_cookie_t cookie) {
+    return XcbReply<xcb_get_property_reply_t>(xcb_get_property_reply(connection, cookie, nullptr));
 }
 
 bool propertyPresent(const xcb_get_property_reply_t* reply) { return reply && reply->type != XCB_NONE; }

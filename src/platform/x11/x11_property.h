@@ -7,7 +7,7 @@
 
 #include <xcb/xcb.h>
 
-#include "platform/x11/x11_reply.h"
+#include "platform/x11/x11_connection.h"
 
 namespace brisko::platform::x11 {
 
@@ -15,7 +15,7 @@ namespace brisko::platform::x11 {
 // that a whole window list costs one round trip per kind of property.
 xcb_get_property_cookie_t requestProperty(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property,
                                           xcb_atom_t type = XCB_GET_PROPERTY_TYPE_ANY);
-Reply<xcb_get_property_reply_t> propertyReply(xcb_connection_t* connection, xcb_get_property_cookie_t cookie);
+XcbReply<xcb_get_property_reply_t> propertyReply(xcb_connection_t* connection, xcb_get_property_cookie_t cookie);
 
 // What a reply holds; empty or absent when the property is missing or of another format.
 bool propertyPresent(const xcb_get_property_reply_t* reply);

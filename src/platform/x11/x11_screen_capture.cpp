@@ -1,14 +1,24 @@
 #include "platform/x11/x11_screen_capture.h"
 
 #include <cmath>
+#include <cstdlib>
+#include <string>
 
 #include "platform/x11/x11_monitors.h"
 
 namespace brisko::platform::x11 {
+namespace {
+
+std::string unreachableDisplay() {
+    const char* name = std::getenv("DISPLAY");
+    return std::string("cannot connect to X display ") + (name && *name ? name : "(DISPLAY is not set)");
+}
+
+}  // namespace
 
 ShareableContentResult X11ScreenCapture::shareableContent() {
     xcb_connection_t* connection = connection_.get();
-    if (!connection) return {std::nullopt, connection_.failure()};
+    if (!connection) return {std::nullopt, unreachableDisplay()};
     ShareableContent content;
     for (const Monitor& m : monitors(connection, connection_.screen())) {
         content.displays.push_back(

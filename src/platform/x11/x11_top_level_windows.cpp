@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/x11/x11_property.h"
-#include "platform/x11/x11_reply.h"
+#include "platform/x11/x11_connection.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 constexpr int maxClientDepth = 3;
 
 std::vector<xcb_window_t> children(xcb_connection_t* connection, xcb_query_tree_cookie_t cookie) {
-    const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection, cookie, nullptr));
+    const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection, cookie, nullptr));
     if (!tree) return {};
     const xcb_window_t* first = xcb_query_tree_children(tree.get());
     return {first, first + xcb_query_tree_children_length(tree.get())};
@@ -81,9 +81,9 @@ std::vector<TopLevelWindow> topLevelWindows(xcb_connection_t* connection, xcb_wi
     std::vector<TopLevelWindow> windows;
     std::vector<bool> hasState;
     for (std::size_t i = 0; i < stack.size(); ++i) {
-        const Reply<xcb_get_window_attributes_reply_t> attributes(
+        const XcbReply<xcb_get_window_attributes_reply_t> attributes(
             xcb_get_window_attributes_reply(connection, requests[i].attributes, nullptr));
-        const Reply<xcb_get_geometry_reply_t> geometry(
+        const XcbReply<xcb_get_geometry_reply_t> geometry(
             xcb_get_geometry_reply(connection, requests[i].geometry, nullptr));
         const auto state = propertyReply(connection, requests[i].state);
         if (!attributes || !geometry || attributes->_class == XCB_WINDOW_CLASS_INPUT_ONLY) continue;

@@ -13,7 +13,7 @@
 #include "platform/x11/x11_atoms.h"
 #include "platform/x11/x11_owner_pids.h"
 #include "platform/x11/x11_property.h"
-#include "platform/x11/x11_reply.h"
+#include "platform/x11/x11_connection.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -49,7 +49,7 @@ std::vector<bool> inputRegionsEmpty(xcb_connection_t* connection, const std::vec
     std::vector<bool> empty;
     empty.reserve(windows.size());
     for (const auto cookie : cookies) {
-        const Reply<xcb_shape_get_rectangles_reply_t> reply(
+        const XcbReply<xcb_shape_get_rectangles_reply_t> reply(
             xcb_shape_get_rectangles_reply(connection, cookie, nullptr));
         empty.push_back(reply && reply->rectangles_len == 0);
     }

@@ -98,7 +98,7 @@ TEST(X11ScreenCaptureWithoutDisplay, ContentIsAbsentWithTheReason) {
     platform::x11::X11ScreenCapture capture{connection, windows};
     const auto result = capture.shareableContent();
     EXPECT_EQ(result.content, std::nullopt);
-    EXPECT_EQ(result.error, "cannot open X display :1999");
+    EXPECT_EQ(result.error, "cannot connect to X display :1999");
     EXPECT_TRUE(windows.onScreenWindows().empty());
     EXPECT_EQ(windows.bundleIdentifier(1), std::nullopt);
     if (previous) ::setenv("DISPLAY", saved.c_str(), 1); else ::unsetenv("DISPLAY");
