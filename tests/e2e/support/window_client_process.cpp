@@ -38,6 +38,8 @@ WindowClientProcess::WindowClientProcess(const std::string& program, const std::
     ::close(out[1]);
     in_ = in[1];
     out_ = out[0];
+    // Room for every event of a long run, so the client never waits for the test to read.
+    ::fcntl(out_, F_SETPIPE_SZ, 1 << 20);
     // A client that has died must fail the test, not kill it.
     ::signal(SIGPIPE, SIG_IGN);
 }
