@@ -18,21 +18,13 @@
 namespace brisko::platform::x11 {
 namespace {
 
-// Everything the inventory reads about one window, besides its place and owner.
-struct WindowFacts {
-    std::vector<std::uint32_t> types;
-    std::vector<std::uint32_t> states;
-    std::optional<std::uint32_t> opacity;
-    bool takesInput = true;
-};
-
 // _NET_WM_WINDOW_OPACITY spans the whole 32-bit range from transparent to opaque.
 constexpr double opaqueValue = std::numeric_limits<std::uint32_t>::max();
 
 // Alpha answers "would this window take a press?". X gives a press to a window whatever its
 // opacity, so only a window that takes no input at all is transparent to the guard; a fully
 // transparent window that takes input reports the least opacity there is, not zero.
-double alphaOf(const WindowFacts& facts) {
+double alphaOf(const X11WindowServer::WindowFacts& facts) {
     if (!facts.takesInput) return 0.0;
     if (!facts.opacity) return 1.0;
     return std::max(*facts.opacity, std::uint32_t{1}) / opaqueValue;
@@ -91,12 +83,9 @@ std::vector<X11WindowServer::OwnedWindow> X11WindowServer::ownedWindows(xcb_conn
     return owned;
 }
 
-std::vector<ScreenWindow> X11WindowServer::onScreenWindows() {
-    xcb_connection_t* connection = connection_.get();
-    if (!connection) return {};
+std::vector<X11WindowServer::WindowFacts> X11WindowServer::readFacts(xcb_connection_t* connection,
+                                                                        const std::vector<OwnedWindow>& owned) {
     const Atoms& a = atoms(connection);
-    const std::vector<OwnedWindow> owned = ownedWindows(connection, Mapped::viewableOnly);
-
     struct Requests {
         xcb_get_property_cookie_t types, states, clientOpacity, frameOpacity;
     };
@@ -112,28 +101,34 @@ std::vector<ScreenWindow> X11WindowServer::onScreenWindows() {
     }
     std::vector<WindowFacts> facts;
     for (const auto& r : requests) {
-        const auto types = propertyReply(connection, r.types);
-        const auto states = propertyReply(connection, r.states);
-        const auto clientOpacity = propertyReply(connection, r.clientOpacity);
-        const auto frameOpacity = propertyReply(connection, r.frameOpacity);
+        WindowFacts f;
+        const auto types = cardinalsIn(propertyReply(connection, r.types).get());
+        const auto known = std::find_if(types.begin(), types.end(), [&](auto t) { return a.kinds.contains(t); });
+        if (known != types.end()) f.kind = a.kinds.at(*known);
+        const auto states = cardinalsIn(propertyReply(connection, r.states).get());
+        f.keptAbove = std::find(states.begin(), states.end(), a.stateAbove) != states.end();
         // Compositing window managers copy the client's opacity to their frame.
-        auto opacity = cardinalIn(clientOpacity.get());
-        if (!opacity) opacity = cardinalIn(frameOpacity.get());
-        facts.push_back({cardinalsIn(types.get()), cardinalsIn(states.get()), opacity, true});
+        const auto clientOpacity = cardinalIn(propertyReply(connection, r.clientOpacity).get());
+        const auto frameOpacity = cardinalIn(propertyReply(connection, r.frameOpacity).get());
+        f.opacity = clientOpacity ? clientOpacity : frameOpacity;
+        facts.push_back(f);
     }
     const std::vector<bool> empty = inputRegionsEmpty(connection, inputWindows);
+    for (std::size_t i = 0; i < facts.size(); ++i) facts[i].takesInput = !empty[2 * i] && !empty[2 * i + 1];
+    return facts;
+}
 
+std::vector<ScreenWindow> X11WindowServer::onScreenWindows() {
+    xcb_connection_t* connection = connection_.get();
+    if (!connection) return {};
+    const std::vector<OwnedWindow> owned = ownedWindows(connection, Mapped::viewableOnly);
+    const std::vector<WindowFacts> facts = readFacts(connection, owned);
     std::vector<ScreenWindow> list;
     for (std::size_t i = 0; i < owned.size(); ++i) {
         const auto& [w, pid] = owned[i];
-        WindowFacts& f = facts[i];
-        f.takesInput = !empty[2 * i] && !empty[2 * i + 1];
-        WindowKind kind = WindowKind::normal;
-        const auto known = std::find_if(f.types.begin(), f.types.end(), [&](auto t) { return a.kinds.contains(t); });
-        if (known != f.types.end()) kind = a.kinds.at(*known);
-        if (kind == WindowKind::desktop) continue;  // the desktop is no window of an application
-        const bool above = std::find(f.states.begin(), f.states.end(), a.stateAbove) != f.states.end();
-        const std::int64_t layer = windowLayer(kind, above, w.overrideRedirect, popUpMenuLayer());
+        const WindowFacts& f = facts[i];
+        if (f.kind == WindowKind::desktop) continue;  // the desktop is no window of an application
+        const std::int64_t layer = windowLayer(f.kind, f.keptAbove, w.overrideRedirect, popUpMenuLayer());
         list.push_back({w.client, pid, w.bounds, alphaOf(f), layer});
     }
     return list;

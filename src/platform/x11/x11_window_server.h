@@ -33,6 +33,14 @@ public:
     // frontmost window, with the application id it advertises (empty when none).
     std::vector<CaptureApplication> applications();
 
+    // Everything the inventory reads about one window, besides its place and owner.
+    struct WindowFacts {
+        WindowKind kind = WindowKind::normal;
+        bool keptAbove = false;                // _NET_WM_STATE_ABOVE
+        std::optional<std::uint32_t> opacity;  // _NET_WM_WINDOW_OPACITY of the client, else of its frame
+        bool takesInput = true;                // neither the client's nor the frame's input region is empty
+    };
+
 private:
     struct Atoms {
         xcb_atom_t wmState = XCB_NONE;
@@ -51,6 +59,8 @@ private:
     const Atoms& atoms(xcb_connection_t* connection);
     // Top-level windows whose owner the server knows, front to back.
     std::vector<OwnedWindow> ownedWindows(xcb_connection_t* connection, Mapped which);
+    // One batch of requests for all the windows.
+    std::vector<WindowFacts> readFacts(xcb_connection_t* connection, const std::vector<OwnedWindow>& owned);
 
     X11Connection& connection_;
     std::once_flag interned_;
