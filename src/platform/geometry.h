@@ -18,6 +18,20 @@ struct Rect {
     bool operator==(const Rect&) const = default;
 };
 
+// The rectangle with a non-negative width and height covering the same area: a negative stored
+// width (height) extends from x (y) towards smaller values. NaN sizes are left as they are.
+inline Rect standardized(Rect r) {
+    if (r.width < 0) {
+        r.x += r.width;
+        r.width = -r.width;
+    }
+    if (r.height < 0) {
+        r.y += r.height;
+        r.height = -r.height;
+    }
+    return r;
+}
+
 struct PixelSize {
     long long width = 0;
     long long height = 0;

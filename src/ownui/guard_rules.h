@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "ownui/keyboard_hold.h"
+#include "platform/geometry.h"
+#include "platform/window_server.h"
+
+namespace brisko {
+
+// Whether a pid is the host's: pidIsBrisko for the live guard, a given set of pids in own-ui-check.
+using HostTest = std::function<bool(std::int32_t pid)>;
+
+// The rules of the guard, pure functions of a window list (frontmost first) and a host test, so
+// that the live guard and own-ui-check answer alike. Only eligible windows take part: alpha,
+// width and height (standardized) all greater than 0, so NaN makes a window ineligible.
+
+// The host window that would receive a press at the point, or absent. Walking front to back over
+// the eligible windows containing the point (minimum edges inclusive, maximum edges exclusive):
+// a host window is the answer; another application's window below systemOverlayLayer takes the
+// press; one at or above it is an overlay that the press passes through.
+std::optional<platform::ScreenWindow> briskoWindowAt(platform::Point point,
+                                                     const std::vector<platform::ScreenWindow>& windows,
+                                                     const HostTest& isBrisko);
+
+// menu when any eligible host window sits at popUpMenuLayer (wherever it is in the list);
+// otherwise brisko when the first eligible layer-0 window is the host's; otherwise other.
+// The host test is asked only about pop-up-menu windows and that one layer-0 window.
+BriskoKeyboardHold briskoKeyboardHold(const std::vector<platform::ScreenWindow>& windows,
+                                      const HostTest& isBrisko);
+
+}  // namespace brisko

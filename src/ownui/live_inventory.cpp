@@ -1,0 +1,40 @@
+#include "ownui/live_inventory.h"
+
+#include <string_view>
+
+#include "cli/process_state.h"
+#include "ownui/owner_identity.h"
+
+namespace brisko {
+namespace {
+
+// The text after the final "/", trailing slashes ignored; "/" alone stays "/".
+std::string lastPathComponent(std::string_view path) {
+    while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+    if (path.size() <= 1) return std::string(path);
+    const std::size_t slash = path.rfind('/');
+    return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
+}
+
+}  // namespace
+
+std::vector<platform::ScreenWindow> onScreenWindows() {
+    return processState().services.windows.onScreenWindows();
+}
+
+std::optional<std::string> executableName(std::int32_t pid) {
+    const std::optional<std::string> path = processState().services.windows.executablePath(pid);
+    if (!path) return std::nullopt;
+    return lastPathComponent(*path);
+}
+
+bool pidIsBrisko(std::int32_t pid) {
+    auto& cache = processState().briskoOwnerCache;
+    if (const auto known = cache.find(pid); known != cache.end()) return known->second;
+    const std::optional<std::string> bundle = processState().services.windows.bundleIdentifier(pid);
+    const bool brisko = isBriskoOwner(bundle, executableName(pid));
+    cache.emplace(pid, brisko);
+    return brisko;
+}
+
+}  // namespace brisko

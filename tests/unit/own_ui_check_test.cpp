@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include "fake/fake_platform.h"
+#include "ownui/own_ui_case.h"
+
+namespace brisko {
+namespace {
+
+// What a case line gives: the answer, or the failure message prefixed with "!".
+std::string outcome(const std::string& line) {
+    const CaseOutcome result = evaluateOwnUiCase(line);
+    if (const auto* failure = std::get_if<CaseFailure>(&result)) return "!" + failure->message;
+    return std::get<CaseAnswer>(result).line;
+}
+
+class OwnUiCheck : public ::testing::Test {
+protected:
+    void expectAnswers(const std::vector<std::pair<std::string, std::string>>& cases) {
+        for (const auto& [line, answer] : cases) EXPECT_EQ(outcome(line), answer) << line;
+    }
+
+    fake::FakePlatform platform;
+};
+
+// A hit case on one host window (pid 5) covering 0..100 x 0..100, with extra fields for it.
+std::string hostWindowHit(const std::string& windowFields, const std::string& caseFields = "\"x\":10,\"y\":10") {
+    return "{\"kind\":\"hit\"," + caseFields + ",\"briskoPids\":[5],\"windows\":[{\"pid\":5,\"w\":100,\"h\":100" +
+           windowFields + "}]}";
+}
+
+TEST_F(OwnUiCheck, OwnerCases) {
+    expectAnswers({
+        {R"({"kind":"owner","bundle":"com.brisko.desktop"})", "brisko=1"},
+        {R"({"kind":"owner","exec":"brisko-mac-menubar"})", "brisko=1"},
+        {R"({"kind":"owner"})", "brisko=0"},
+        {R"({"kind":"owner","bundle":5,"exec":"brisko-mac-menubar"})", "brisko=1"},
+        {R"({"kind":"owner","bundle":"com.brisko.desktop.helper","exec":"helper"})", "brisko=0"},
+        {R"({"kind":"owner","bundle":["com.brisko.desktop"]})", "brisko=0"},
+        {R"( { "exec" : "brisko-mac-menubar" , "kind" : "owner" } )", "brisko=1"},
+        {R"({"kind":"owner","bundle":"com.brisko.desktop","bundle":"x"})", "brisko=0"},
+    });
+}
+
+TEST_F(OwnUiCheck, ExcludeCases) {
+    expectAnswers({
+        {R"({"kind":"exclude","apps":[]})", "exclude=-"},
+        {R"({"kind":"exclude"})", "exclude=-"},
+        {R"({"kind":"exclude","apps":[{"pid":7,"exec":"brisko-mac-menubar"},{"pid":3,"bundle":"com.brisko.desktop"},)"
+         R"({"pid":7,"exec":"brisko-mac-menubar"}]})",
+         "exclude=7,3,7"},
+        {R"({"kind":"exclude","apps":[{"pid":1,"bundle":"org.x"},{"pid":-40.9,"bundle":"com.brisko.desktop"}]})",
+         "exclude=-40"},
+        {R"({"kind":"exclude","apps":[{"bundle":"com.brisko.desktop"},{"pid":true,"exec":"brisko-mac-menubar"}]})",
+         "exclude=0,1"},
+        {R"({"kind":"exclude","apps":[{"pid":"8","bundle":"com.brisko.desktop"}]})", "exclude=0"},
+        {R"({"kind":"exclude","apps":[{"pid":8,"bundle":"com.brisko.desktop"},3]})", "exclude=-"},
+        {R"({"kind":"exclude","apps":{"pid":8,"bundle":"com.brisko.desktop"}})", "exclude=-"},
+    });
+}
+
+TEST_F(OwnUiCheck, HitCases) {
+    const std::string overlayInFront =
+        R"({"kind":"hit","x":10,"y":10,"briskoPids":[5],"windows":[{"id":2,"pid":9,"x":0,"y":0,"w":100,"h":100,"layer":25},)"
+        R"({"id":1,"pid":5,"x":0,"y":0,"w":100,"h":100}]})";
+    std::string belowOverlays = overlayInFront;
+    belowOverlays.replace(belowOverlays.find("25"), 2, "19");
+    expectAnswers({
+        {overlayInFront, "refuse=1"},
+        {belowOverlays, "refuse=-"},
+        {hostWindowHit(",\"id\":3"), "refuse=3"},
+        {hostWindowHit(""), "refuse=0"},
+        {hostWindowHit(",\"id\":3", "\"x\":100,\"y\":10"), "refuse=-"},
+        {hostWindowHit(",\"id\":3", "\"x\":10"), "refuse=3"},
+        {hostWindowHit(",\"id\":3", "\"x\":\"10\",\"y\":true"), "refuse=3"},
+        {hostWindowHit(",\"id\":3,\"alpha\":0"), "refuse=-"},
+        {hostWindowHit(",\"id\":3,\"alpha\":null"), "refuse=3"},
+        {hostWindowHit(",\"id\":3,\"x\":20,\"w\":-20"), "refuse=3"},
+        {hostWindowHit(",\"id\":3.99"), "refuse=3"},
+        {hostWindowHit(",\"id\":-0.99"), "refuse=0"},
+        {hostWindowHit(",\"id\":4294967295"), "refuse=4294967295"},
+        {hostWindowHit(",\"id\":3,\"pid\":5.7"), "refuse=3"},
+        {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5],"windows":[{"pid":5,"w":9,"h":9},"x"]})", "refuse=-"},
+        {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5,"9"],"windows":[{"pid":5,"w":9,"h":9}]})", "refuse=-"},
+        {R"({"kind":"hit","x":1,"y":1,"briskoPids":[true],"windows":[{"id":4,"pid":1,"w":9,"h":9}]})", "refuse=4"},
+        {R"({"kind":"hit","x":1,"y":1,"briskoPids":5,"windows":[{"pid":5,"w":9,"h":9}]})", "refuse=-"},
+        {R"({"kind":"hit","x":1,"y":1,"briskoPids":[-2147483648],"windows":[{"id":6,"pid":-2147483648.5,"w":9,"h":9}]})",
+         "refuse=6"},
+    });
+}
+
+TEST_F(OwnUiCheck, FrontCases) {
+    expectAnswers({
+        {R"({"kind":"front","briskoPids":[5],"windows":[{"id":1,"pid":5,"w":10,"h":10}]})", "front=brisko"},
+        {R"({"kind":"front","briskoPids":[],"windows":[{"id":1,"pid":5,"w":10,"h":10}]})", "front=other"},
+        {R"({"kind":"front","briskoPids":[5],"windows":[{"id":1,"pid":5,"w":10,"h":10,"layer":3}]})", "front=other"},
+        {R"({"kind":"front","briskoPids":[5],"windows":[{"pid":9,"w":10,"h":10},{"pid":5,"w":1,"h":1,"layer":101}]})",
+         "front=menu"},
+        {R"({"kind":"front","briskoPids":[5],"windows":[{"pid":5,"w":1,"h":1,"layer":101,"alpha":0}]})", "front=other"},
+        {R"({"kind":"front","briskoPids":[5],"windows":[{"pid":5,"w":10,"h":10,"alpha":0},{"pid":9,"w":10,"h":10}]})",
+         "front=other"},
+        {R"({"kind":"front","briskoPids":[5],"windows":[{"pid":5,"w":10,"h":10,"layer":0.5}]})", "front=brisko"},
+        {R"({"kind":"front"})", "front=other"},
+    });
+}
+
+TEST_F(OwnUiCheck, BadLinesAreNamedInTheMessage) {
+    expectAnswers({
+        {"   ", "!own-ui-check: not a JSON object:    "},
+        {"[1,2]", "!own-ui-check: not a JSON object: [1,2]"},
+        {"\"owner\"", "!own-ui-check: not a JSON object: \"owner\""},
+        {R"({"kind":"owner"} {})", R"(!own-ui-check: not a JSON object: {"kind":"owner"} {})"},
+        {R"({"kind":"owner",})", R"(!own-ui-check: not a JSON object: {"kind":"owner",})"},
+        {R"({"kind":"owner" /* note */})", R"(!own-ui-check: not a JSON object: {"kind":"owner" /* note */})"},
+        {"{\"kind\":\"owner\",\"bundle\":\"\xC3\x28\"}", "!own-ui-check: not a JSON object: {\"kind\":\"owner\",\"bundle\":\"\xC3\x28\"}"},
+        {"{}", "!own-ui-check: unknown kind in {}"},
+        {R"({"kind":"Owner"})", R"(!own-ui-check: unknown kind in {"kind":"Owner"})"},
+        {R"({"kind":5})", R"(!own-ui-check: unknown kind in {"kind":5})"},
+        {R"({"Kind":"owner"})", R"(!own-ui-check: unknown kind in {"Kind":"owner"})"},
+        {R"({"kind":"hit "})", R"(!own-ui-check: unknown kind in {"kind":"hit "})"},
+    });
+}
+
+TEST_F(OwnUiCheck, NumbersOutsideTheirTypeFailInsteadOfWrapping) {
+    const std::vector<std::string> lines = {
+        hostWindowHit(",\"id\":-1"),
+        hostWindowHit(",\"id\":4294967296"),
+        hostWindowHit(",\"id\":1e300"),
+        hostWindowHit(",\"pid\":2147483648"),
+        hostWindowHit(",\"pid\":-2147483649"),
+        hostWindowHit(",\"layer\":9223372036854775807"),
+        hostWindowHit(",\"layer\":-1e19"),
+        R"({"kind":"hit","briskoPids":[2147483648],"windows":[]})",
+        R"({"kind":"front","briskoPids":[5],"windows":[{"id":-2}]})",
+        R"({"kind":"exclude","apps":[{"pid":1e10,"bundle":"org.x"}]})",
+        R"({"kind":"hit","x":1e400,"y":0})",
+        R"({"kind":"hit","x":0,"y":-1e400})",
+        R"({"kind":"hit","windows":[{"w":1)" + std::string(400, '0') + "}]}",
+        R"({"kind":"owner","ignored":[1e999,2e999]})",
+    };
+    for (const std::string& line : lines) EXPECT_EQ(outcome(line), "!own-ui-check: number out of range in " + line);
+}
+
+TEST_F(OwnUiCheck, RangeIsJudgedAfterShapeAndKindAndOnlyForFieldsRead) {
+    expectAnswers({
+        {"[1e400]", "!own-ui-check: not a JSON object: [1e400]"},
+        {R"({"kind":"hit","x":1e400)", R"(!own-ui-check: not a JSON object: {"kind":"hit","x":1e400)"},
+        {R"({"kind":"hit","x":1e400x})", R"(!own-ui-check: not a JSON object: {"kind":"hit","x":1e400x})"},
+        {R"({"kind":"Hit","x":1e400})", R"(!own-ui-check: unknown kind in {"kind":"Hit","x":1e400})"},
+        {R"({"kind":"owner","windows":[{"id":-1}],"apps":[{"pid":1e12}]})", "brisko=0"},
+        {R"({"kind":"front","x":1e20,"windows":[]})", "front=other"},
+        {R"({"kind":"hit","x":1e300,"y":-1e300,"windows":[{"pid":5,"w":1e308,"h":1}]})", "refuse=-"},
+        {R"({"kind":"hit","x":"1e400","y":0})", "refuse=-"},
+    });
+}
+
+TEST_F(OwnUiCheck, RunAnswersEachCaseOnBufferedOutput) {
+    const std::string input =
+        "{\"kind\":\"owner\",\"exec\":\"brisko-mac-menubar\"}\n"
+        "\n"
+        "{\"kind\":\"exclude\",\"apps\":[]}\r\n"
+        "\r\n"
+        "{\"kind\":\"front\",\"briskoPids\":[5],\"windows\":[{\"pid\":5,\"w\":1,\"h\":1}]}\n"
+        "{\"kind\":\"owner\"}";
+    EXPECT_EQ(platform.run({"own-ui-check"}, input), 0);
+    EXPECT_EQ(platform.streams.buffered.str(), "brisko=1\nexclude=-\nfront=brisko\nbrisko=0\n");
+    EXPECT_EQ(platform.streams.out(), "");
+    EXPECT_EQ(platform.streams.err(), "");
+    EXPECT_EQ(platform.windows.windowListQueries, 0);
+    EXPECT_EQ(platform.windows.identityQueries, 0);
+}
+
+TEST_F(OwnUiCheck, RunStopsAtTheFirstBadCase) {
+    const std::vector<std::tuple<std::string, std::string, std::string>> cases = {
+        {"{\"kind\":\"owner\"}\n  \n{\"kind\":\"owner\"}\n", "brisko=0\n",
+         "brisko-mac-input: own-ui-check: not a JSON object:   \n"},
+        {"{\"kind\":\"owner\"}\r\n{\"kind\":\"Owner\"}\r\n{\"kind\":\"owner\"}\n", "brisko=0\n",
+         "brisko-mac-input: own-ui-check: unknown kind in {\"kind\":\"Owner\"}\n"},
+        {"{}", "", "brisko-mac-input: own-ui-check: unknown kind in {}\n"},
+        // Only a carriage return before a line feed belongs to the line ending.
+        {"{\"kind\":\"owner\"}\n\r", "brisko=0\n", "brisko-mac-input: own-ui-check: not a JSON object: \r\n"},
+        {"{\"kind\":\"exclude\",\"apps\":[]}\n{\"kind\":\"hit\",\"windows\":[{\"id\":-1}]}\n{}\n", "exclude=-\n",
+         "brisko-mac-input: own-ui-check: number out of range in {\"kind\":\"hit\",\"windows\":[{\"id\":-1}]}\n"},
+    };
+    for (const auto& [input, answers, message] : cases) {
+        fake::FakePlatform fresh;
+        EXPECT_EQ(fresh.run({"own-ui-check"}, input), 2) << input;
+        EXPECT_EQ(fresh.streams.buffered.str(), answers) << input;
+        EXPECT_EQ(fresh.streams.err(), message) << input;
+    }
+}
+
+TEST_F(OwnUiCheck, EmptyInputAnswersNothing) {
+    EXPECT_EQ(platform.run({"own-ui-check"}, ""), 0);
+    EXPECT_EQ(platform.run({"own-ui-check"}, "\n\r\n\n"), 0);
+    EXPECT_EQ(platform.streams.buffered.str(), "");
+    EXPECT_EQ(platform.streams.err(), "");
+}
+
+}  // namespace
+}  // namespace brisko
