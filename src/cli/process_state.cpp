@@ -40,6 +40,9 @@ ProcessState::ProcessState(platform::Services& platformServices)
       captureTileSize(64),
       captureStreamMagic("BCS2"),
       captureStreamVersion(2),
+      // libdeflate's fastest level: on screen content its tiles are about 7% larger than at
+      // zlib's default level but take a sixth of the time, and a live stream needs the time.
+      captureDeflateLevel(1),
       briskoExclusionRefreshSeconds(2.0) {}
 
 ProcessState& processState() { return *instance(); }

@@ -46,6 +46,7 @@ struct ProcessState {
     const std::int64_t captureTileSize;
     const std::string captureStreamMagic;
     const std::uint32_t captureStreamVersion;
+    const int captureDeflateLevel;
     const double briskoExclusionRefreshSeconds;
 };
 

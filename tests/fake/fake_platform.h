@@ -133,6 +133,17 @@ struct ProcessExit {
     int status;
 };
 
+// The status with which a call ends the process, or absent when it returns.
+template <typename Call>
+std::optional<int> exitStatusOf(Call call) {
+    try {
+        call();
+    } catch (const ProcessExit& exit) {
+        return exit.status;
+    }
+    return std::nullopt;
+}
+
 class FakeStreams final : public platform::ProcessStreams {
 public:
     bool writeOut(std::string_view bytes) override;

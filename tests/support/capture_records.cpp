@@ -1,0 +1,61 @@
+#include "support/capture_records.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace brisko::testing {
+
+std::vector<std::uint8_t> rgbaOf(const BgraImage& image) {
+    std::vector<std::uint8_t> rgba;
+    rgba.reserve(static_cast<std::size_t>(image.width * image.height * 4));
+    for (std::int64_t y = 0; y < image.height; ++y) {
+        for (std::int64_t x = 0; x < image.width; ++x) {
+            const std::uint8_t* p = image.bytes.data() + y * image.bytesPerRow + x * 4;
+            rgba.insert(rgba.end(), {p[2], p[1], p[0], 255});
+        }
+    }
+    return rgba;
+}
+
+BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed, std::int64_t rowPadding) {
+    BgraImage image{width, height, width * 4 + rowPadding, {}};
+    image.bytes.resize(static_cast<std::size_t>(image.bytesPerRow * height));
+    std::uint64_t state = seed * 0x9E3779B97F4A7C15ull + 0x632BE59BD9B4E019ull;
+    for (std::uint8_t& byte : image.bytes) {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        byte = static_cast<std::uint8_t>(state >> 24);
+    }
+    return image;
+}
+
+bool RecordReader::keep(std::string_view record) {
+    records_.emplace_back(record);
+    return true;
+}
+
+std::vector<decode::FrameRecord> RecordReader::readNew() {
+    std::vector<decode::FrameRecord> read;
+    for (; read_ < records_.size(); ++read_) {
+        const std::string& bytes = records_[read_];
+        decode::FrameRecord record;
+        if (bytes.size() < 4) {
+            ADD_FAILURE() << "record " << read_ + 1 << " is " << bytes.size() << " bytes";
+            continue;
+        }
+        const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+        record.length = static_cast<std::uint32_t>(data[0] | data[1] << 8 | data[2] << 16 | data[3] << 24);
+        EXPECT_EQ(record.length, bytes.size() - 4) << "length field of record " << read_ + 1;
+        try {
+            decoder_.applyRecord({data + 4, bytes.size() - 4}, record);
+        } catch (const decode::MalformedStream& e) {
+            ADD_FAILURE() << "record " << read_ + 1 << ": " << e.what();
+        }
+        read.push_back(record);
+    }
+    return read;
+}
+
+}  // namespace brisko::testing

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "capture_stream_decoder.h"
+#include "support/synthetic_desktop.h"
+
+namespace brisko::testing {
+
+// What the stream should show for a source picture: R, G, B, 255 per pixel, rows packed.
+std::vector<std::uint8_t> rgbaOf(const BgraImage& image);
+
+// Random bytes in every channel: nothing to compress, every tile different from another seed's.
+BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed, std::int64_t rowPadding = 0);
+
+// Keeps every record an encoder writes and reads each back with the reference decoder.
+class RecordReader {
+public:
+    // The sink to give the encoder: keeps each record.
+    bool keep(std::string_view record);
+    // Applies the records kept since the last call, in order; returns what they were.
+    std::vector<decode::FrameRecord> readNew();
+    const std::vector<std::string>& records() const { return records_; }
+    const decode::CaptureStreamDecoder& decoder() const { return decoder_; }
+
+private:
+    std::vector<std::string> records_;
+    std::size_t read_ = 0;
+    decode::CaptureStreamDecoder decoder_;
+};
+
+}  // namespace brisko::testing

@@ -1,0 +1,176 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <sstream>
+
+#include "capture_stream_decoder.h"
+
+namespace brisko {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using decode::CaptureStreamDecoder;
+using decode::FrameRecord;
+
+Bytes rawDeflate(const Bytes& input) {
+    z_stream z{};
+    deflateInit2(&z, 6, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);
+    Bytes out(deflateBound(&z, static_cast<uLong>(input.size())));
+    z.next_in = const_cast<Bytef*>(input.data());
+    z.avail_in = static_cast<uInt>(input.size());
+    z.next_out = out.data();
+    z.avail_out = static_cast<uInt>(out.size());
+    deflate(&z, Z_FINISH);
+    out.resize(z.total_out);
+    deflateEnd(&z);
+    return out;
+}
+
+// Opaque pixels whose colours encode their position and a seed.
+Bytes pixels(std::uint32_t w, std::uint32_t h, std::uint8_t seed) {
+    Bytes rgba;
+    for (std::uint32_t i = 0; i < w * h; ++i) {
+        rgba.insert(rgba.end(), {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i >> 8), seed, 255});
+    }
+    return rgba;
+}
+
+void put(Bytes& out, std::uint32_t v) {
+    out.insert(out.end(), {static_cast<std::uint8_t>(v), static_cast<std::uint8_t>(v >> 8),
+                           static_cast<std::uint8_t>(v >> 16), static_cast<std::uint8_t>(v >> 24)});
+}
+
+struct Tile {
+    std::uint32_t x, y, w, h;
+    Bytes data;
+    std::optional<std::uint32_t> declaredLength = std::nullopt;
+};
+
+Tile tile(std::uint32_t x, std::uint32_t y, std::uint32_t w, std::uint32_t h, std::uint8_t seed = 1) {
+    return {x, y, w, h, rawDeflate(pixels(w, h, seed))};
+}
+
+// A record as a writer would build it; `count` and `extra` bytes let a case break it.
+Bytes record(std::uint32_t width, std::uint32_t height, const std::vector<Tile>& tiles,
+             std::optional<std::uint32_t> count = std::nullopt, std::size_t extra = 0) {
+    Bytes body;
+    put(body, width);
+    put(body, height);
+    put(body, count.value_or(static_cast<std::uint32_t>(tiles.size())));
+    for (const Tile& t : tiles) {
+        for (const std::uint32_t v : {t.x, t.y, t.w, t.h}) put(body, v);
+        put(body, t.declaredLength.value_or(static_cast<std::uint32_t>(t.data.size())));
+        body.insert(body.end(), t.data.begin(), t.data.end());
+    }
+    body.insert(body.end(), extra, 0);
+    Bytes out;
+    put(out, static_cast<std::uint32_t>(body.size()));
+    out.insert(out.end(), body.begin(), body.end());
+    return out;
+}
+
+const Bytes preamble = {'B', 'C', 'S', '2', 2, 0, 0, 0};
+
+Bytes stream(const std::vector<Bytes>& records, const Bytes& start = preamble) {
+    Bytes out = start;
+    for (const Bytes& r : records) out.insert(out.end(), r.begin(), r.end());
+    return out;
+}
+
+// Decodes a whole stream; returns the error message, empty when it was well formed.
+std::string decodeError(const Bytes& bytes, decode::DecoderLimits limits = {}) {
+    std::istringstream in(std::string(bytes.begin(), bytes.end()));
+    CaptureStreamDecoder decoder(limits);
+    try {
+        decodeCaptureStream(in, decoder, [](const FrameRecord&) {});
+    } catch (const decode::MalformedStream& e) {
+        return e.what();
+    }
+    return "";
+}
+
+TEST(CaptureDecoder, AppliesEveryRecordInOrder) {
+    const Bytes first = record(130, 70, {tile(0, 0, 130, 70, 1)});
+    const Bytes second = record(130, 70, {tile(64, 0, 64, 64, 2), tile(128, 64, 2, 6, 3)});
+    const Bytes bytes = stream({first, second});
+    std::istringstream in(std::string(bytes.begin(), bytes.end()));
+    CaptureStreamDecoder decoder;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> seen;
+    decodeCaptureStream(in, decoder, [&](const FrameRecord& r) {
+        seen.emplace_back(r.index, r.offset);
+        EXPECT_EQ(r.length + 4, r.index == 1 ? first.size() : second.size());
+    });
+    EXPECT_EQ(seen, (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{1, 8}, {2, 8 + first.size()}}));
+
+    Bytes expected = pixels(130, 70, 1);
+    const Bytes a = pixels(64, 64, 2), b = pixels(2, 6, 3);
+    for (std::size_t r = 0; r < 64; ++r) std::copy_n(a.begin() + r * 256, 256, expected.begin() + (r * 130 + 64) * 4);
+    for (std::size_t r = 0; r < 6; ++r) std::copy_n(b.begin() + r * 8, 8, expected.begin() + ((64 + r) * 130 + 128) * 4);
+    EXPECT_EQ(decoder.picture(), expected);
+    EXPECT_EQ(decodeError(stream({})), "");  // a stream may hold no records
+}
+
+TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
+    const Bytes whole = record(130, 70, {tile(0, 0, 130, 70)});
+    const std::string second = "record 2 at byte " + std::to_string(8 + whole.size()) + ": ";
+    const Bytes twoByTwo = pixels(2, 2, 1);
+    Bytes fewer(twoByTwo.begin(), twoByTwo.end() - 4), more = twoByTwo, transparent = twoByTwo;
+    more.insert(more.end(), {1, 2, 3, 255});
+    transparent[7] = 0;
+    Bytes cut = rawDeflate(twoByTwo), trailing = rawDeflate(twoByTwo);
+    cut.resize(cut.size() - 2);
+    trailing.insert(trailing.end(), {0, 0});
+    const auto tiny = [](Bytes data) { return record(2, 2, {{0, 0, 2, 2, std::move(data)}}); };
+    Bytes zlibWrapped(compressBound(16));
+    uLongf zlibLength = zlibWrapped.size();
+    compress(zlibWrapped.data(), &zlibLength, twoByTwo.data(), twoByTwo.size());
+    zlibWrapped.resize(zlibLength);
+    Bytes truncated = stream({whole});
+    truncated.pop_back();
+
+    const std::vector<std::pair<Bytes, std::string>> cases = {
+        {{}, "the stream ends inside its 8-byte preamble"},
+        {{'B', 'C', 'S', '2', 2, 0, 0}, "the stream ends inside its 8-byte preamble"},
+        {{'B', 'C', 'S', '1', 2, 0, 0, 0}, "the stream does not start with the magic BCS2"},
+        {{'B', 'C', 'S', '2', 3, 0, 0, 0}, "the stream has version 3, not 2"},
+        {stream({}, {'B', 'C', 'S', '2', 2, 0, 0, 0, 7, 0}), "record 1 at byte 8: the stream ends inside the length field"},
+        {truncated, "record 1 at byte 8: the stream ends after " + std::to_string(whole.size() - 5) + " of the record's " +
+                        std::to_string(whole.size() - 4) + " bytes"},
+        {stream({{8, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}}), "the record is 8 bytes long, shorter than its 12-byte frame header"},
+        {stream({record(0, 5, {tile(0, 0, 0, 5)})}), "record 1 at byte 8: the frame is empty (0 x 5)"},
+        {stream({record(10000, 10000, {})}), "the frame of 10000 x 10000 pixels is beyond the limit of 67108864 pixels"},
+        {stream({record(130, 70, {})}), "the record has no tiles"},
+        {stream({record(130, 70, {tile(0, 0, 64, 64)})}), "the first record does not carry the whole frame as its only tile"},
+        {stream({whole, record(131, 70, {tile(0, 0, 64, 64)})}),
+         second + "the frame size changes from 130 x 70 to 131 x 70 but the record does not carry the whole frame"},
+        {stream({whole, record(130, 70, {tile(10, 0, 64, 64)})}),
+         second + "tile 1 (10, 0, 64, 64) is neither the whole frame nor a tile of the 64-pixel grid"},
+        {stream({whole, record(130, 70, {tile(128, 0, 64, 64)})}), "tile 1 (128, 0, 64, 64) is neither"},
+        {stream({whole, record(130, 70, {tile(0, 64, 64, 64)})}), "tile 1 (0, 64, 64, 64) is neither"},
+        {stream({whole, record(130, 70, {tile(0, 128, 64, 6)})}), "tile 1 (0, 128, 64, 6) is neither"},
+        {stream({whole, record(130, 70, {tile(64, 0, 64, 64), tile(0, 0, 64, 64)})}), "tile 2 (0, 0, 64, 64) is out of grid order"},
+        {stream({whole, record(130, 70, {tile(0, 0, 64, 64), tile(0, 0, 64, 64)})}), "tile 2 (0, 0, 64, 64) is out of grid order"},
+        {stream({whole, record(130, 70, {tile(0, 0, 130, 70), tile(0, 64, 64, 6)})}),
+         "tile 1 (0, 0, 130, 70) is the whole frame but not the record's only tile"},
+        {stream({record(2, 2, {{0, 0, 2, 2, rawDeflate(twoByTwo), 999}})}),
+         "tile 1 (0, 0, 2, 2): its 999 bytes of data run past the end of the record"},
+        {stream({record(2, 2, {tile(0, 0, 2, 2)}, 2)}), "tile 2 of 2 runs past the end of the record"},
+        {stream({record(2, 2, {tile(0, 0, 2, 2)}, std::nullopt, 3)}), "the record has 3 bytes after its last tile"},
+        {stream({tiny({0xFF, 0xFF, 0xFF, 0xFF})}), "tile 1 (0, 0, 2, 2): its data is not raw DEFLATE (invalid block type)"},
+        {stream({tiny(zlibWrapped)}), "tile 1 (0, 0, 2, 2): its data is not raw DEFLATE"},
+        {stream({tiny(rawDeflate(fewer))}), "tile 1 (0, 0, 2, 2): its data inflates to 12 bytes, not the 16 of its pixels"},
+        {stream({tiny(rawDeflate(more))}), "tile 1 (0, 0, 2, 2): its data inflates to more than the 16 bytes of its pixels"},
+        {stream({tiny(cut)}), "tile 1 (0, 0, 2, 2): its DEFLATE stream is cut short"},
+        {stream({tiny(trailing)}), "tile 1 (0, 0, 2, 2): 2 bytes follow the end of its DEFLATE stream"},
+        {stream({tiny(rawDeflate(transparent))}), "tile 1 (0, 0, 2, 2): pixel (1, 0) has alpha 0, not 255"},
+    };
+    for (const auto& [bytes, message] : cases) {
+        EXPECT_THAT(decodeError(bytes), ::testing::HasSubstr(message));
+    }
+    EXPECT_EQ(decodeError(stream({record(11, 10, {tile(0, 0, 11, 10)})}), {.maxFramePixels = 100}),
+              "record 1 at byte 8: the frame of 11 x 10 pixels is beyond the limit of 100 pixels");
+}
+
+}  // namespace
+}  // namespace brisko

@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+
+#include "clipboard/base64.h"
+#include "clipboard/clipboard_commands.h"
+#include "fake/fake_platform.h"
+
+namespace brisko {
+namespace {
+
+using Item = fake::FakePasteboard::Item;
+
+platform::Bytes bytes(const std::string& text) { return {text.begin(), text.end()}; }
+
+const std::string plainText = "public.utf8-plain-text";
+const std::string html = "public.html";
+const std::string concealed = "org.nspasteboard.ConcealedType";
+
+class GetClipboard : public ::testing::Test {
+protected:
+    // Runs get-clipboard with the requested types; its standard output.
+    std::string get(const std::vector<std::string>& types) {
+        std::vector<std::string> args{"get-clipboard"};
+        args.insert(args.end(), types.begin(), types.end());
+        EXPECT_EQ(platform.run(args), 0);
+        EXPECT_EQ(platform.streams.err(), "");
+        return platform.streams.out();
+    }
+
+    fake::FakePlatform platform;
+};
+
+TEST_F(GetClipboard, PrintsTheFirstRequestedTypeThatIsListed) {
+    struct Case {
+        std::string name;
+        std::vector<Item> items;
+        std::vector<std::string> request;
+        std::string out;
+    };
+    const std::vector<Case> cases = {
+        {"html from a two-type item, types sorted",
+         {{{plainText, html}, {{plainText, bytes("hi")}, {html, bytes("<b>hi</b>")}}}},
+         {html},
+         R"({"changeCount":7,"types":["public.html","public.utf8-plain-text"],"items":[{"type":"public.html","base64":"PGI+aGk8L2I+"}]})"},
+        {"first requested type present wins",
+         {{{plainText}, {{plainText, bytes("hi")}}}},
+         {"public.png", plainText, html},
+         R"({"changeCount":7,"types":["public.utf8-plain-text"],"items":[{"type":"public.utf8-plain-text","base64":"aGk="}]})"},
+        {"first item with data wins",
+         {{{plainText}, {{plainText, bytes("one")}}}, {{plainText}, {{plainText, bytes("two")}}}},
+         {plainText},
+         R"({"changeCount":7,"types":["public.utf8-plain-text"],"items":[{"type":"public.utf8-plain-text","base64":"b25l"}]})"},
+        {"an item without data is passed over",
+         {{{plainText}, {}}, {{plainText, "z"}, {{plainText, bytes("two")}}}},
+         {plainText},
+         R"({"changeCount":7,"types":["public.utf8-plain-text","z"],"items":[{"type":"public.utf8-plain-text","base64":"dHdv"}]})"},
+        {"zero bytes of data",
+         {{{plainText}, {{plainText, {}}}}},
+         {plainText},
+         R"({"changeCount":7,"types":["public.utf8-plain-text"],"items":[{"type":"public.utf8-plain-text","base64":""}]})"},
+        {"nothing requested is listed",
+         {{{plainText}, {{plainText, bytes("hi")}}}},
+         {"public.png", "PUBLIC.UTF8-PLAIN-TEXT"},
+         R"({"changeCount":7,"types":["public.utf8-plain-text"],"items":[]})"},
+        {"empty clipboard", {}, {plainText}, R"({"changeCount":7,"types":[],"items":[]})"},
+        {"concealed, whatever is requested",
+         {{{plainText}, {{plainText, bytes("secret")}}}, {{concealed}, {}}},
+         {plainText},
+         R"({"changeCount":7,"concealed":true,"types":["org.nspasteboard.ConcealedType","public.utf8-plain-text"],"items":[]})"},
+        {"escaped type names, sorted by code point",
+         {{{"a\\\"b", "\xC3\xA9", "Z", plainText}, {{"a\\\"b", bytes("q")}}}},
+         {"a\\\"b"},
+         R"({"changeCount":7,"types":["Z","a\\\"b","public.utf8-plain-text",")" "\xC3\xA9" R"("],"items":[{"type":"a\\\"b","base64":"cQ=="}]})"},
+    };
+    for (const auto& c : cases) {
+        fake::FakePlatform fresh;
+        fresh.pasteboard.count = 7;
+        fresh.pasteboard.items = c.items;
+        std::vector<std::string> args{"get-clipboard"};
+        args.insert(args.end(), c.request.begin(), c.request.end());
+        EXPECT_EQ(fresh.run(args), 0) << c.name;
+        EXPECT_EQ(fresh.streams.out(), c.out + "\n") << c.name;
+        // Each of these is decided on the first read.
+        EXPECT_EQ(fresh.pasteboard.changeCountReads, 1) << c.name;
+        EXPECT_TRUE(fresh.journal.pauses().empty()) << c.name;
+    }
+}
+
+TEST_F(GetClipboard, ListedDataThatNeverArrivesIsReadThreeTimes50msApart) {
+    platform.pasteboard.count = 3;
+    platform.pasteboard.items = {{{html, plainText}, {{html, bytes("x")}}}};
+    EXPECT_EQ(get({plainText, html}), R"({"changeCount":3,"types":["public.html","public.utf8-plain-text"],"items":[]})"
+                                      "\n");
+    EXPECT_EQ(platform.pasteboard.changeCountReads, 3);
+    EXPECT_EQ(platform.journal.pauses(), (std::vector<fake::Pause>{{50000}, {50000}}));
+}
+
+TEST(JsonEscapeMinimal, EscapesOnlyBackslashesAndQuotes) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"a\\\"b", "a\\\\\\\"b"},
+        {"\"", "\\\""},
+        {"\\\\", "\\\\\\\\"},
+        {"line\nbreak\ttab\x01", "line\nbreak\ttab\x01"},
+        {"\xC3\xA9/", "\xC3\xA9/"},
+        {"", ""},
+    };
+    for (const auto& [text, escaped] : cases) {
+        EXPECT_EQ(jsonEscapeMinimal(text), escaped) << text;
+    }
+}
+
+TEST(ClipboardWrites, ClearMarksTheChangeTransient) {
+    fake::FakePlatform platform;
+    platform.pasteboard.items = {{{plainText}, {{plainText, bytes("hi")}}}};
+    EXPECT_EQ(platform.run({"clear-clipboard"}), 0);
+    EXPECT_EQ(platform.streams.out(), "");
+    EXPECT_EQ(platform.pasteboard.count, 1);
+    ASSERT_EQ(platform.pasteboard.items.size(), 1u);
+    EXPECT_EQ(platform.pasteboard.items[0].types, (std::vector<std::string>{"org.nspasteboard.TransientType"}));
+    EXPECT_EQ(platform.pasteboard.items[0].data["org.nspasteboard.TransientType"], platform::Bytes{});
+}
+
+TEST(ClipboardWrites, SetReplacesTheContentsWithPlainText) {
+    fake::FakePlatform platform;
+    platform.pasteboard.items = {{{html}, {{html, bytes("<i>")}}}, {{plainText}, {{plainText, bytes("old")}}}};
+    setClipboard("new \xE2\x9C\x93");
+    ASSERT_EQ(platform.pasteboard.items.size(), 1u);
+    EXPECT_EQ(platform.pasteboard.items[0].types, (std::vector<std::string>{plainText}));
+    EXPECT_EQ(platform.pasteboard.items[0].data[plainText], bytes("new \xE2\x9C\x93"));
+}
+
+TEST(ClipboardAccess, ReportsAllowAskOrDefault) {
+    const std::vector<std::pair<std::int64_t, std::string>> cases = {
+        {2, "allow"}, {1, "ask"}, {0, "default"}, {3, "default"}, {4, "default"}, {-1, "default"},
+    };
+    for (const auto& [behavior, value] : cases) {
+        fake::FakePlatform platform;
+        platform.pasteboard.access = behavior;
+        EXPECT_EQ(platform.run({"clipboard-access"}), 0);
+        EXPECT_EQ(platform.streams.out(), "{\"access\":\"" + value + "\"}\n") << behavior;
+    }
+}
+
+TEST(Base64, EncodesWithPadding) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foob", "Zm9vYg=="}, {"\xFF\xFE\xFD", "//79"},
+    };
+    for (const auto& [text, encoded] : cases) {
+        EXPECT_EQ(base64Encode(bytes(text)), encoded);
+        EXPECT_EQ(base64Decode(encoded), bytes(text)) << encoded;
+    }
+}
+
+TEST(Base64, DecodingIsStrict) {
+    // Leftover bits in the last character of a padded group are ignored.
+    EXPECT_EQ(base64Decode("Zh=="), bytes("f"));
+    EXPECT_EQ(base64Decode("Zm9="), bytes("fo"));
+    const std::vector<std::string> invalid = {"Zg", "Zm8", "Zg=", "Z===", "====", "Zg==Zg==", "Zm9v\n", "Zm 9v", "Zm9v=", "-_8=",
+                                              std::string("Zm\0v", 4), "Zm9v\xC3\xA9Zg"};
+    for (const std::string& text : invalid) {
+        EXPECT_FALSE(base64Decode(text)) << text;
+    }
+}
+
+}  // namespace
+}  // namespace brisko
