@@ -5,6 +5,7 @@
 #include "platform/clock.h"
 #include "platform/event_poster.h"
 #include "platform/pasteboard.h"
+#include "platform/process_signals.h"
 #include "platform/process_streams.h"
 #include "platform/screen_capture.h"
 #include "platform/system_probe.h"
@@ -21,6 +22,7 @@ struct Services {
     SystemProbe& probe;
     Clock& clock;
     ProcessStreams& streams;
+    ProcessSignals& signals;
 };
 
 // A backend: the services of one platform. Connections to the system are made lazily, on first

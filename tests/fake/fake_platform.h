@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "platform/services.h"
+#include "platform/steady_clock.h"
 
 namespace brisko::fake {
 
@@ -114,6 +116,8 @@ public:
 };
 
 // A clock that only moves when slept on or advanced; every sleep is journalled as a pause.
+// In real time it follows the system's monotonic clock and really sleeps, for tests in which
+// another thread must act while a block waits.
 class FakeClock final : public platform::Clock {
 public:
     explicit FakeClock(Journal& journal) : journal_(journal) {}
@@ -121,8 +125,11 @@ public:
     void sleepMicroseconds(unsigned long long us) override;
     void advanceMs(double ms);
 
+    std::atomic<bool> realTime{false};
+
 private:
     Journal& journal_;
+    platform::SteadyClock steady_;
     mutable std::mutex lock_;
     double nowMs_ = 1000.0;
 };
@@ -166,6 +173,16 @@ private:
     std::string err_;
 };
 
+// Records which signal dispositions were asked for; no signal is ever delivered.
+class FakeSignals final : public platform::ProcessSignals {
+public:
+    void ignoreBrokenPipe() override { brokenPipeIgnored = true; }
+    void exitZeroOnTerminate() override { terminateExitsZero = true; }
+
+    bool brokenPipeIgnored = false;
+    bool terminateExitsZero = false;
+};
+
 // Every service faked, and a fresh process state over them.
 class FakePlatform {
 public:
@@ -179,7 +196,8 @@ public:
     FakeProbe probe;
     FakeClock clock{journal};
     FakeStreams streams;
-    platform::Services services{events, windows, capture, pasteboard, probe, clock, streams};
+    FakeSignals signals;
+    platform::Services services{events, windows, capture, pasteboard, probe, clock, streams, signals};
 
     // Runs a whole command line as the process entry does; returns the exit status.
     int run(const std::vector<std::string>& args, const std::string& stdinText = "");

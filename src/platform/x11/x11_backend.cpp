@@ -48,7 +48,8 @@ private:
     UnconnectedPasteboard pasteboard_;
     UnconnectedProbe probe_;
     SteadyClock clock_;
-    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams()};
+    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(),
+                       systemSignals()};
 };
 
 }  // namespace
