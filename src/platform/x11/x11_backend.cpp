@@ -3,26 +3,12 @@
 #include "platform/x11/x11_connection.h"
 #include "platform/x11/x11_event_poster.h"
 #include "platform/x11/x11_pasteboard.h"
+#include "platform/x11/x11_screen_capture.h"
 #include "platform/x11/x11_system_probe.h"
+#include "platform/x11/x11_window_server.h"
 
 namespace brisko::platform {
 namespace {
-
-// Until the X services exist the backend answers as a system with nothing to offer.
-class UnconnectedWindows final : public WindowServer {
-public:
-    std::vector<ScreenWindow> onScreenWindows() override { return {}; }
-    std::optional<std::string> executablePath(std::int32_t) override { return std::nullopt; }
-    std::optional<std::string> bundleIdentifier(std::int32_t) override { return std::nullopt; }
-    // X has no window level for pop-up menus; menus are reported at the macOS value.
-    std::int64_t popUpMenuLayer() override { return 101; }
-};
-
-class UnconnectedCapture final : public ScreenCapture {
-public:
-    ShareableContentResult shareableContent() override { return {std::nullopt, "no display"}; }
-    std::uint32_t mainDisplayID() override { return 0; }
-};
 
 
 class X11Backend final : public Backend {
@@ -32,8 +18,8 @@ public:
 private:
     x11::X11Connection connection_;
     x11::X11EventPoster events_{connection_};
-    UnconnectedWindows windows_;
-    UnconnectedCapture capture_;
+    x11::X11WindowServer windows_{connection_};
+    x11::X11ScreenCapture capture_{connection_, windows_};
     x11::X11Pasteboard pasteboard_;
     x11::X11SystemProbe probe_{connection_};
     SteadyClock clock_;
