@@ -5,8 +5,10 @@
 #include "platform/clock.h"
 #include "platform/event_poster.h"
 #include "platform/pasteboard.h"
+#include "platform/process_signals.h"
 #include "platform/process_streams.h"
 #include "platform/screen_capture.h"
+#include "platform/session_loop.h"
 #include "platform/system_probe.h"
 #include "platform/window_server.h"
 
@@ -21,6 +23,8 @@ struct Services {
     SystemProbe& probe;
     Clock& clock;
     ProcessStreams& streams;
+    ProcessSignals& signals;
+    SessionLoop& sessionLoop;
 };
 
 // A backend: the services of one platform. Connections to the system are made lazily, on first

@@ -23,6 +23,11 @@ class UnconnectedCapture final : public ScreenCapture {
 public:
     ShareableContentResult shareableContent() override { return {std::nullopt, "no display"}; }
     std::uint32_t mainDisplayID() override { return 0; }
+    std::optional<PixelSize> displayPixelSize(std::uint32_t) override { return std::nullopt; }
+    CapturedImageResult captureImage(const CaptureFilter&, PixelSize, bool) override { return {std::nullopt, "no display"}; }
+    std::unique_ptr<FrameStream> makeFrameStream(const CaptureFilter&, const FrameStreamConfiguration&) override {
+        return nullptr;
+    }
 };
 
 class UnconnectedPasteboard final : public Pasteboard {
@@ -59,7 +64,8 @@ private:
     UnconnectedPasteboard pasteboard_;
     UnconnectedProbe probe_;
     SteadyClock clock_;
-    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams()};
+    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(), systemSignals(),
+                       systemSessionLoop()};
 };
 
 }  // namespace
