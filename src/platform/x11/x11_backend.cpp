@@ -1,5 +1,8 @@
 #include "platform/services.h"
 #include "platform/steady_clock.h"
+#include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_screen_capture.h"
+#include "platform/x11/x11_window_server.h"
 
 namespace brisko::platform {
 namespace {
@@ -8,26 +11,6 @@ namespace {
 class UnconnectedEvents final : public EventPoster {
 public:
     bool post(const InputEvent&) override { return false; }
-};
-
-class UnconnectedWindows final : public WindowServer {
-public:
-    std::vector<ScreenWindow> onScreenWindows() override { return {}; }
-    std::optional<std::string> executablePath(std::int32_t) override { return std::nullopt; }
-    std::optional<std::string> bundleIdentifier(std::int32_t) override { return std::nullopt; }
-    // X has no window level for pop-up menus; menus are reported at the macOS value.
-    std::int64_t popUpMenuLayer() override { return 101; }
-};
-
-class UnconnectedCapture final : public ScreenCapture {
-public:
-    ShareableContentResult shareableContent() override { return {std::nullopt, "no display"}; }
-    std::uint32_t mainDisplayID() override { return 0; }
-    std::optional<PixelSize> displayPixelSize(std::uint32_t) override { return std::nullopt; }
-    CapturedImageResult captureImage(const CaptureFilter&, PixelSize, bool) override { return {std::nullopt, "no display"}; }
-    std::unique_ptr<FrameStream> makeFrameStream(const CaptureFilter&, const FrameStreamConfiguration&) override {
-        return nullptr;
-    }
 };
 
 class UnconnectedPasteboard final : public Pasteboard {
@@ -58,9 +41,10 @@ public:
     Services& services() override { return services_; }
 
 private:
+    x11::X11Connection connection_;
     UnconnectedEvents events_;
-    UnconnectedWindows windows_;
-    UnconnectedCapture capture_;
+    x11::X11WindowServer windows_{connection_};
+    x11::X11ScreenCapture capture_{connection_, windows_};
     UnconnectedPasteboard pasteboard_;
     UnconnectedProbe probe_;
     SteadyClock clock_;

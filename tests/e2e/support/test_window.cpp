@@ -1,0 +1,108 @@
+#include "support/test_window.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <xcb/shape.h>
+
+namespace brisko::testing {
+namespace {
+
+std::string upper(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+int number(const std::string& text) {
+    std::size_t used = 0;
+    const int value = std::stoi(text, &used);
+    if (used != text.size()) throw std::invalid_argument("not a number: " + text);
+    return value;
+}
+
+void setProperty(xcb_connection_t* c, xcb_window_t w, xcb_atom_t property, xcb_atom_t type, std::uint8_t format,
+                 std::uint32_t length, const void* data) {
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, property, type, format, length, data);
+}
+
+}  // namespace
+
+xcb_atom_t atomNamed(xcb_connection_t* connection, const std::string& name) {
+    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+        connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.c_str()), nullptr);
+    if (!reply) throw std::runtime_error("cannot intern " + name);
+    const xcb_atom_t atom = reply->atom;
+    std::free(reply);
+    return atom;
+}
+
+void setAtomListProperty(xcb_connection_t* connection, xcb_window_t window, const std::string& property,
+                         const std::vector<std::string>& atoms) {
+    std::vector<xcb_atom_t> values;
+    for (const auto& name : atoms) values.push_back(atomNamed(connection, name));
+    setProperty(connection, window, atomNamed(connection, property), XCB_ATOM_ATOM, 32,
+                static_cast<std::uint32_t>(values.size()), values.data());
+}
+
+TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words) {
+    if (words.size() < 4) throw std::invalid_argument("expected X Y W H");
+    TestWindowSpec spec;
+    spec.x = number(words[0]);
+    spec.y = number(words[1]);
+    spec.width = number(words[2]);
+    spec.height = number(words[3]);
+    for (std::size_t i = 4; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        const auto eq = word.find('=');
+        const std::string key = word.substr(0, eq);
+        const std::string value = eq == std::string::npos ? "" : word.substr(eq + 1);
+        if (key == "type") spec.type = value;
+        else if (key == "above") spec.above = true;
+        else if (key == "opacity") spec.opacity = std::stod(value);
+        else if (key == "class") spec.wmClass = value;
+        else if (key == "appid") spec.applicationId = value;
+        else if (key == "noinput") spec.noInput = true;
+        else if (key == "override") spec.overrideRedirect = true;
+        else if (key == "border") spec.border = number(value);
+        else throw std::invalid_argument("unknown window option: " + word);
+    }
+    return spec;
+}
+
+xcb_window_t createTestWindow(xcb_connection_t* c, const xcb_screen_t* screen, const TestWindowSpec& spec) {
+    const xcb_window_t w = xcb_generate_id(c);
+    const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK;
+    const std::uint32_t values[] = {screen->white_pixel, spec.overrideRedirect ? 1u : 0u,
+                                    XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                                        XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                                        XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(spec.x),
+                      static_cast<std::int16_t>(spec.y), static_cast<std::uint16_t>(spec.width),
+                      static_cast<std::uint16_t>(spec.height), static_cast<std::uint16_t>(spec.border),
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, mask, values);
+    if (!spec.type.empty()) {
+        setAtomListProperty(c, w, "_NET_WM_WINDOW_TYPE", {"_NET_WM_WINDOW_TYPE_" + upper(spec.type)});
+    }
+    if (spec.above) setAtomListProperty(c, w, "_NET_WM_STATE", {"_NET_WM_STATE_ABOVE"});
+    if (spec.opacity) {
+        const auto value = static_cast<std::uint32_t>(std::llround(*spec.opacity * 0xffffffffu));
+        setProperty(c, w, atomNamed(c, "_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL, 32, 1, &value);
+    }
+    if (!spec.wmClass.empty()) {
+        const std::string both = "instance" + std::string(1, '\0') + spec.wmClass + std::string(1, '\0');
+        setProperty(c, w, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(both.size()), both.data());
+    }
+    if (!spec.applicationId.empty()) {
+        setProperty(c, w, atomNamed(c, "_GTK_APPLICATION_ID"), atomNamed(c, "UTF8_STRING"), 8,
+                    static_cast<std::uint32_t>(spec.applicationId.size()), spec.applicationId.data());
+    }
+    if (spec.noInput) {
+        xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 0, nullptr);
+    }
+    xcb_map_window(c, w);
+    return w;
+}
+
+}  // namespace brisko::testing
