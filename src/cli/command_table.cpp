@@ -57,7 +57,7 @@ const std::vector<CommandRow>& commandTable() {
         {"play", none,
          "brisko-mac-input: usage: play (one play block on stdin; no stop \u2014 only input-stream "
          "reads one)",
-         [](const Rest&) { runPlay(); }},
+         [](const Rest&) { runPlayCommand(); }},
         {"own-ui", noneOrTwo, "brisko-mac-input: usage: own-ui [X Y]", ownUi},
         {"screenshot", one, "brisko-mac-input: usage: screenshot <out.png>",
          [](const Rest& r) { runScreenshot(r[0]); }},

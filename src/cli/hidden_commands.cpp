@@ -2,27 +2,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/compact_json.h"
 #include "cli/diagnostics.h"
 #include "input/key_vocabulary.h"
 #include "input/type_plan.h"
 #include "input/unicode_text.h"
 
 namespace brisko {
-namespace {
-
-// Compact JSON with non-ASCII characters as UTF-8 and "/" escaped, as the platform writer does.
-std::string compactJson(const nlohmann::json& value) {
-    const std::string dumped = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    std::string out;
-    out.reserve(dumped.size());
-    for (const char c : dumped) {
-        if (c == '/') out += '\\';
-        out += c;
-    }
-    return out;
-}
-
-}  // namespace
 
 void printParseChord(std::string_view combo) {
     nlohmann::json parts = nlohmann::json::array();

@@ -20,6 +20,23 @@ bool isLeadingSpace(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
 }
 
+struct StrtodReading {
+    double value;
+    bool outOfRange;
+};
+
+// Absent unless strtod in the "C" locale consumes the whole text, which must not start with
+// white space. The process never changes its locale from "C".
+std::optional<StrtodReading> readWholeDouble(std::string_view text) {
+    if (text.empty() || isLeadingSpace(text.front())) return std::nullopt;
+    const std::string copy(text);
+    char* end = nullptr;
+    errno = 0;
+    const double value = std::strtod(copy.c_str(), &end);
+    if (end != copy.c_str() + copy.size()) return std::nullopt;
+    return StrtodReading{value, errno == ERANGE};
+}
+
 }  // namespace
 
 std::optional<long long> parseInteger(std::string_view text, int radix) {
@@ -44,14 +61,15 @@ std::optional<long long> parseInteger(std::string_view text, int radix) {
 }
 
 std::optional<double> parseDouble(std::string_view text) {
-    if (text.empty() || isLeadingSpace(text.front())) return std::nullopt;
-    // The process never changes its locale from "C", so strtod reads the C syntax.
-    const std::string copy(text);
-    char* end = nullptr;
-    errno = 0;
-    const double value = std::strtod(copy.c_str(), &end);
-    if (end != copy.c_str() + copy.size() || errno == ERANGE) return std::nullopt;
-    return value;
+    const auto reading = readWholeDouble(text);
+    if (!reading || reading->outOfRange) return std::nullopt;
+    return reading->value;
+}
+
+std::optional<double> parseDoubleSaturating(std::string_view text) {
+    const auto reading = readWholeDouble(text);
+    if (!reading) return std::nullopt;
+    return reading->value;
 }
 
 }  // namespace brisko

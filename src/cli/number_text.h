@@ -13,5 +13,8 @@ std::optional<long long> parseInteger(std::string_view text, int radix);
 // C-locale strtod that must consume the whole text, with no leading white space and no range
 // error. Absent otherwise.
 std::optional<double> parseDouble(std::string_view text);
+// The same syntax, but a value out of range reads as strtod gives it (an infinity, or a value
+// rounded towards zero) instead of failing.
+std::optional<double> parseDoubleSaturating(std::string_view text);
 
 }  // namespace brisko

@@ -2,7 +2,9 @@
 
 namespace brisko {
 
-void runPlay();
+// `play`: reads one block from standard input and plays it; no stop is possible.
+void runPlayCommand();
+// `play-check`: prints the plan of one block from standard input as one JSON line.
 void runPlayCheck();
 
 }  // namespace brisko

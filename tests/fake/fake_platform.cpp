@@ -151,13 +151,18 @@ void FakePasteboard::setPlainText(const std::string& utf8) {
 }
 
 double FakeClock::monotonicMs() {
+    if (realTime) return steady_.monotonicMs();
     std::lock_guard guard(lock_);
     return nowMs_;
 }
 
 void FakeClock::sleepMicroseconds(unsigned long long us) {
     journal_.add(Pause{us});
-    advanceMs(static_cast<double>(us) / 1000.0);
+    if (realTime) {
+        steady_.sleepMicroseconds(us);
+    } else {
+        advanceMs(static_cast<double>(us) / 1000.0);
+    }
 }
 
 void FakeClock::advanceMs(double ms) {

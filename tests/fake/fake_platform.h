@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/services.h"
+#include "platform/steady_clock.h"
 
 namespace brisko::fake {
 
@@ -148,6 +149,8 @@ public:
 };
 
 // A clock that only moves when slept on or advanced; every sleep is journalled as a pause.
+// In real time it follows the system's monotonic clock and really sleeps, for tests in which
+// another thread must act while a block waits.
 class FakeClock final : public platform::Clock {
 public:
     explicit FakeClock(Journal& journal) : journal_(journal) {}
@@ -155,8 +158,11 @@ public:
     void sleepMicroseconds(unsigned long long us) override;
     void advanceMs(double ms);
 
+    std::atomic<bool> realTime{false};
+
 private:
     Journal& journal_;
+    platform::SteadyClock steady_;
     mutable std::mutex lock_;
     double nowMs_ = 1000.0;
 };
