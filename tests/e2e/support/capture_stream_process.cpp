@@ -23,8 +23,8 @@ std::uint32_t u32At(const std::string& bytes, std::size_t offset) {
 
 }  // namespace
 
-CaptureStreamProcess::CaptureStreamProcess(const std::string& display)
-    : decoder_(std::make_unique<decode::CaptureStreamDecoder>()) {
+CaptureStreamProcess::CaptureStreamProcess(const std::string& display, RecordObserver onRecord)
+    : onRecord_(std::move(onRecord)), decoder_(std::make_unique<decode::CaptureStreamDecoder>()) {
     int in[2], out[2], err[2];
     if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(err, O_CLOEXEC) != 0) {
         throw std::runtime_error("pipe failed");
@@ -101,6 +101,7 @@ void CaptureStreamProcess::applyWholeRecords() {
         applied_ += 4 + length;
         ++records_;
         picture_ = {decoder_->width(), decoder_->height(), decoder_->picture()};
+        if (onRecord_) onRecord_(picture_);
     }
     changed_.notify_all();
 }

@@ -25,7 +25,11 @@ class CaptureStreamProcess {
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit CaptureStreamProcess(const std::string& display);
+    // Called on the reading thread with the picture after each record, as it arrives.
+    using RecordObserver = std::function<void(const RgbaPicture&)>;
+
+    explicit CaptureStreamProcess(const std::string& display, RecordObserver onRecord = {});
+    pid_t pid() const { return pid_; }
     ~CaptureStreamProcess();
     CaptureStreamProcess(const CaptureStreamProcess&) = delete;
     CaptureStreamProcess& operator=(const CaptureStreamProcess&) = delete;
@@ -53,6 +57,7 @@ private:
     void read();
     void applyWholeRecords();
 
+    RecordObserver onRecord_;
     pid_t pid_ = -1;
     int input_ = -1;
     int output_ = -1;
