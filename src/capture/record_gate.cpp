@@ -3,14 +3,23 @@
 namespace brisko {
 
 bool RecordGate::write(std::string_view record) {
-    const std::lock_guard guard(writing_);
-    if (closed_) return true;
-    return streams_.writeOut(record);
+    {
+        std::unique_lock guard(lock_);
+        idle_.wait(guard, [this] { return !writing_; });
+        if (closed_) return true;
+        writing_ = true;
+    }
+    const bool written = streams_.writeOut(record);
+    const std::lock_guard guard(lock_);
+    writing_ = false;
+    idle_.notify_all();
+    return written;
 }
 
 void RecordGate::close(std::chrono::milliseconds wait) {
+    std::unique_lock guard(lock_);
     closed_ = true;
-    if (writing_.try_lock_for(wait)) writing_.unlock();
+    idle_.wait_for(guard, wait, [this] { return !writing_; });
 }
 
 }  // namespace brisko

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <string_view>
 
@@ -24,8 +24,10 @@ public:
 
 private:
     platform::ProcessStreams& streams_;
-    std::timed_mutex writing_;
-    std::atomic<bool> closed_{false};
+    std::mutex lock_;
+    std::condition_variable idle_;
+    bool writing_ = false;
+    bool closed_ = false;
 };
 
 }  // namespace brisko
