@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -42,6 +43,8 @@ XvfbDisplay::XvfbDisplay(int width, int height) : width_(width), height_(height)
         const pid_t pid = ::fork();
         if (pid < 0) throw std::runtime_error("fork failed");
         if (pid == 0) {
+            // A test program that crashes must not leave its server behind.
+            ::prctl(PR_SET_PDEATHSIG, SIGTERM);
             ::close(ready[0]);
             const int devnull = ::open("/dev/null", O_RDWR);
             ::dup2(devnull, 0);

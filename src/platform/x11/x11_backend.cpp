@@ -1,6 +1,7 @@
 #include "platform/services.h"
 #include "platform/steady_clock.h"
 #include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_pasteboard.h"
 #include "platform/x11/x11_screen_capture.h"
 #include "platform/x11/x11_window_server.h"
 
@@ -11,17 +12,6 @@ namespace {
 class UnconnectedEvents final : public EventPoster {
 public:
     bool post(const InputEvent&) override { return false; }
-};
-
-class UnconnectedPasteboard final : public Pasteboard {
-public:
-    std::int64_t changeCount() override { return 0; }
-    std::vector<std::vector<std::string>> itemTypes() override { return {}; }
-    std::optional<Bytes> data(std::size_t, const std::string&) override { return std::nullopt; }
-    void clearContents() override {}
-    void setData(const std::string&, const Bytes&) override {}
-    void setPlainText(const std::string&) override {}
-    std::int64_t accessBehavior() override { return 2; }
 };
 
 class UnconnectedProbe final : public SystemProbe {
@@ -45,7 +35,7 @@ private:
     UnconnectedEvents events_;
     x11::X11WindowServer windows_{connection_};
     x11::X11ScreenCapture capture_{connection_, windows_};
-    UnconnectedPasteboard pasteboard_;
+    x11::X11Pasteboard pasteboard_;
     UnconnectedProbe probe_;
     SteadyClock clock_;
     Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(), systemSignals(),
