@@ -101,13 +101,6 @@ TEST_F(Capture, ScreenshotShowsWhatLiesBeneathTheHostAndNoCursor) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(Capture, ScreenshotIntoAMissingDirectoryWritesNothing) {
-    const std::string path = "/nonexistent-brisko-dir/shot.png";
-    const ProgramResult result = brisko({"screenshot", path});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err, "brisko-mac-input: screenshot: cannot write " + path + "\n");
-}
-
 TEST_F(Capture, StreamFollowsEachChangeWithTheCursorDrawnIn) {
     const Box a{100, 100, 400, 300}, b{600, 100, 300, 300};
     WindowClientProcess& app = startClient();

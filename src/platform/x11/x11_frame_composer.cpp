@@ -181,4 +181,10 @@ void FrameComposer::drawCursor(std::uint8_t* frame) {
     brisko::drawCursor({frame, display_.width, display_.height, display_.width * 4, display_.x, display_.y}, image);
 }
 
+std::optional<std::string> unavailableSize(const PixelRect& display, PixelSize size) {
+    if (size.width == display.width && size.height == display.height) return std::nullopt;
+    return "an X display is captured at its own size, " + std::to_string(display.width) + " x " +
+           std::to_string(display.height);
+}
+
 }  // namespace brisko::platform::x11

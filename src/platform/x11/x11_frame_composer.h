@@ -11,6 +11,7 @@
 
 #include "capture/exclusion_plan.h"
 #include "platform/capture_frame.h"
+#include "platform/geometry.h"
 #include "platform/x11/x11_shm_image.h"
 
 namespace brisko::platform::x11 {
@@ -66,5 +67,9 @@ private:
     std::optional<std::pair<std::int32_t, std::int32_t>> lastPointer_;
     bool hadHoles_ = false;
 };
+
+// X scales nothing: a display is captured at its own size. Why the size asked for cannot be
+// given, or nothing when it is the display's.
+std::optional<std::string> unavailableSize(const PixelRect& display, PixelSize size);
 
 }  // namespace brisko::platform::x11

@@ -55,10 +55,7 @@ std::optional<std::string> X11FrameStream::addOutput(FrameStreamOutput& output) 
 std::optional<std::string> X11FrameStream::startCapture() {
     if (!output_) return "the stream has no output";
     if (!display_) return "the display is no longer there";
-    if (configuration_.size.width != display_->width || configuration_.size.height != display_->height) {
-        return "an X display is captured at its own size, " + std::to_string(display_->width) + " x " +
-               std::to_string(display_->height);
-    }
+    if (auto unavailable = unavailableSize(*display_, configuration_.size)) return unavailable;
     xcb_connection_t* connection = connection_.get();
     if (!connection) return "cannot connect to the X server";
     composer_ = std::make_unique<FrameComposer>(connection, connection_.screen(), *display_);

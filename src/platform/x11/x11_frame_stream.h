@@ -22,7 +22,8 @@ namespace brisko::platform::x11 {
 // A frame stream of one display of an X server. Its thread sleeps until the server reports a
 // change (DAMAGE on the root and on every top-level window, changes of the window tree, of the
 // cursor's shape, or a moved pointer), then composes a frame at most at the configured pace and
-// hands it to the output; a still screen costs a look at the pointer now and then. It has its
+// hands it to the output; a still screen costs a look at the pointer now and then. A frame is
+// composed and delivered on the same thread, so none ever waits in a queue. The stream has its
 // own connection, whose events only it reads.
 class X11FrameStream final : public FrameStream {
 public:

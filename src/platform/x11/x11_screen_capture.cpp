@@ -2,10 +2,11 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstring>
-#include <thread>
 #include <cstdlib>
+#include <cstring>
+#include <set>
 #include <string>
+#include <thread>
 
 #include "platform/x11/x11_frame_composer.h"
 #include "platform/x11/x11_frame_stream.h"
@@ -68,20 +69,19 @@ CapturedImageResult X11ScreenCapture::captureImage(const CaptureFilter& filter, 
     const std::optional<Rect> bounds = displayBounds(filter.display.displayID);
     if (!bounds) return {std::nullopt, "the display is no longer there"};
     const PixelRect display = pixelRect(*bounds);
-    if (size.width != display.width || size.height != display.height) {
-        return {std::nullopt, "an X display is captured at its own size, " + std::to_string(display.width) + " x " +
-                                  std::to_string(display.height)};
-    }
+    if (auto unavailable = unavailableSize(display, size)) return {std::nullopt, unavailable};
     FrameComposer composer(connection, connection_.screen(), display);
     if (auto error = composer.prepare()) return {std::nullopt, error};
     const std::set<std::int32_t> excluded(filter.excludedPids.begin(), filter.excludedPids.end());
     std::optional<BgraFrameView> frame = composer.compose(excluded, showsCursor);
     if (frame && composer.hadHoles()) {
         std::this_thread::sleep_for(repaintAfterRedirect);
+        composer.windowsChanged();
         frame = composer.compose(excluded, showsCursor);
     }
     if (!frame) return {std::nullopt, "the X server would not give the display's pixels"};
-    CapturedImage image{frame->width, frame->height, std::vector<std::uint8_t>(std::size_t(frame->height * frame->bytesPerRow))};
+    CapturedImage image{frame->width, frame->height,
+                        std::vector<std::uint8_t>(static_cast<std::size_t>(frame->height * frame->bytesPerRow))};
     std::memcpy(image.bgra.data(), frame->base, image.bgra.size());
     return {std::move(image), std::nullopt};
 }
