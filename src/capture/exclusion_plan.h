@@ -13,7 +13,6 @@ struct PixelRect {
     std::int64_t height = 0;
 
     bool empty() const { return width <= 0 || height <= 0; }
-    bool contains(const PixelRect& other) const;
     bool operator==(const PixelRect&) const = default;
 };
 
@@ -34,19 +33,20 @@ struct WindowPiece {
     bool operator==(const WindowPiece&) const = default;
 };
 
-// The screen under one left-out window, drawn afresh without it: the background if no window
-// covers the whole area, then the pieces, bottom to top.
+// The screen under one left-out window, drawn afresh without it: the background, then the
+// pieces, bottom to top.
 struct ExclusionHole {
     PixelRect area;
-    bool fillBackground = true;
     std::vector<WindowPiece> pieces;
     bool operator==(const ExclusionHole&) const = default;
 };
 
 // What to draw over a picture of the display so that the left-out windows disappear and what lies
-// beneath them shows. Windows come bottom to top; every hole is drawn from the windows that are
-// not left out, so holes of overlapping left-out windows agree where they meet. Drawing starts
-// at the topmost window that covers a whole hole, since nothing below it shows there.
+// beneath them shows. Windows come bottom to top; every hole is drawn from all the windows that
+// are not left out, so holes of overlapping left-out windows agree where they meet. No window is
+// taken to hide those below it: a window whose contents cannot be read (a compositing manager's
+// overlay, which shows the whole screen, host windows included) is passed over when drawn, and
+// what lies below it must be there.
 std::vector<ExclusionHole> planExclusion(const PixelRect& display, const std::vector<StackedWindow>& bottomToTop);
 
 }  // namespace brisko

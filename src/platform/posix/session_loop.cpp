@@ -1,9 +1,9 @@
 #include "platform/session_loop.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
@@ -35,7 +35,11 @@ class PosixSessionLoop final : public SessionLoop {
 public:
     void open() override {
         int fds[2];
-        if (::pipe2(fds, O_CLOEXEC | O_NONBLOCK) != 0) return;
+        if (::pipe(fds) != 0) return;  // pipe2 is Linux's; macOS has only pipe
+        for (const int fd : fds) {
+            ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+            ::fcntl(fd, F_SETFL, O_NONBLOCK);
+        }
         wakeReadEnd_ = fds[0];
         wakeWriteEnd = fds[1];
         struct sigaction action {};

@@ -105,7 +105,7 @@ const std::vector<FrameComposer::Stacked>& FrameComposer::stack() {
 }
 
 void FrameComposer::drawHole(std::uint8_t* frame, const ExclusionHole& hole, const std::vector<Stacked>& windows) {
-    if (hole.fillBackground) fillBackground(frame, hole.area);
+    fillBackground(frame, hole.area);
     // Without Composite no window's hidden contents can be read: the background alone hides the
     // left-out window.
     if (!composite_) return;
