@@ -48,8 +48,8 @@ struct TimedPlatform {
     fake::FakePlatform fakes;
     TimedPoster poster;
     platform::SteadyClock clock;
-    platform::Services services{poster,        fakes.windows, fakes.capture, fakes.pasteboard,
-                                fakes.probe,   clock,         fakes.streams, fakes.signals};
+    platform::Services services{poster,        fakes.windows, fakes.capture, fakes.pasteboard,   fakes.probe,
+                                clock,         fakes.streams, fakes.signals, fakes.sessionLoop};
 };
 
 double percentile(std::vector<double> values, double p) {

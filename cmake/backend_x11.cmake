@@ -1,5 +1,5 @@
 # The X server backend: XCB and its extensions. Only files under src/platform/x11 see X headers.
-pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-res xcb-shape xcb-randr)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-res xcb-shape xcb-randr xcb-shm xcb-composite xcb-damage xcb-xfixes)
 file(GLOB_RECURSE BRISKO_X11_SOURCES CONFIGURE_DEPENDS src/platform/x11/*.cpp)
 add_library(brisko_backend STATIC ${BRISKO_X11_SOURCES})
 target_link_libraries(brisko_backend PUBLIC brisko_core PkgConfig::XCB)

@@ -8,6 +8,7 @@
 #include "platform/process_signals.h"
 #include "platform/process_streams.h"
 #include "platform/screen_capture.h"
+#include "platform/session_loop.h"
 #include "platform/system_probe.h"
 #include "platform/window_server.h"
 
@@ -23,6 +24,7 @@ struct Services {
     Clock& clock;
     ProcessStreams& streams;
     ProcessSignals& signals;
+    SessionLoop& sessionLoop;
 };
 
 // A backend: the services of one platform. Connections to the system are made lazily, on first

@@ -61,6 +61,62 @@ std::optional<std::string> FakeWindows::bundleIdentifier(std::int32_t pid) {
     return found->second;
 }
 
+namespace {
+
+class FakeFrameStream final : public platform::FrameStream {
+public:
+    FakeFrameStream(FakeCapture& capture, FakeStreamLog& log) : capture_(capture), log_(log) {}
+    ~FakeFrameStream() override { stop(); }
+
+    std::optional<std::string> addOutput(platform::FrameStreamOutput& output) override {
+        if (capture_.outputError) return capture_.outputError;
+        log_.output = &output;
+        return std::nullopt;
+    }
+    std::optional<std::string> startCapture() override {
+        if (capture_.startError) return capture_.startError;
+        log_.started = true;
+        return std::nullopt;
+    }
+    std::optional<std::string> updateFilter(const platform::CaptureFilter& filter) override {
+        log_.updates.push_back(filter);
+        return capture_.updateError;
+    }
+    void stop() override {
+        log_.stopped = true;
+        log_.output = nullptr;
+    }
+
+private:
+    FakeCapture& capture_;
+    FakeStreamLog& log_;
+};
+
+}  // namespace
+
+platform::ShareableContentResult FakeCapture::shareableContent() {
+    ++contentQueries;
+    return content;
+}
+
+std::optional<platform::PixelSize> FakeCapture::displayPixelSize(std::uint32_t displayID) {
+    const auto found = pixelSizes.find(displayID);
+    if (found == pixelSizes.end()) return std::nullopt;
+    return found->second;
+}
+
+platform::CapturedImageResult FakeCapture::captureImage(const platform::CaptureFilter& filter,
+                                                        platform::PixelSize size, bool showsCursor) {
+    imageRequests.push_back({filter, size, showsCursor});
+    return image;
+}
+
+std::unique_ptr<platform::FrameStream> FakeCapture::makeFrameStream(
+    const platform::CaptureFilter& filter, const platform::FrameStreamConfiguration& configuration) {
+    streams.push_back({filter, configuration, nullptr, false, false, {}});
+    return std::make_unique<FakeFrameStream>(*this, streams.back());
+}
+
 std::int64_t FakePasteboard::changeCount() {
     ++changeCountReads;
     return count;
@@ -112,6 +168,21 @@ void FakeClock::sleepMicroseconds(unsigned long long us) {
 void FakeClock::advanceMs(double ms) {
     std::lock_guard guard(lock_);
     nowMs_ += ms;
+}
+
+platform::SessionLoop::Wake FakeSessionLoop::wait(double timeoutMs) {
+    timeouts.push_back(timeoutMs);
+    if (posted_.exchange(false)) return Wake::posted;
+    if (steps.empty()) return Wake::inputEnded;
+    const Step step = std::move(steps.front());
+    steps.pop_front();
+    const Wake wake = step();
+    if (wake == Wake::timedOut && timeoutMs > 0) clock_.advanceMs(timeoutMs);
+    return wake;
+}
+
+void FakeSessionLoop::idle(int n) {
+    for (int i = 0; i < n; ++i) steps.push_back([] { return Wake::timedOut; });
 }
 
 bool FakeStreams::writeOut(std::string_view bytes) {

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -64,13 +66,44 @@ public:
     int identityQueries = 0;  // executablePath and bundleIdentifier calls
 };
 
+// One frame stream the fake made, as the logic set it up and steered it. Kept by the fake after
+// the stream itself is gone.
+struct FakeStreamLog {
+    platform::CaptureFilter filter;  // the one the stream was made with
+    platform::FrameStreamConfiguration configuration;
+    platform::FrameStreamOutput* output = nullptr;  // while the stream lives
+    bool started = false;
+    bool stopped = false;
+    std::vector<platform::CaptureFilter> updates;
+};
+
+struct FakeImageRequest {
+    platform::CaptureFilter filter;
+    platform::PixelSize size;
+    bool showsCursor = false;
+};
+
 class FakeCapture final : public platform::ScreenCapture {
 public:
-    platform::ShareableContentResult shareableContent() override { return content; }
+    platform::ShareableContentResult shareableContent() override;
     std::uint32_t mainDisplayID() override { return mainDisplay; }
+    std::optional<platform::PixelSize> displayPixelSize(std::uint32_t displayID) override;
+    platform::CapturedImageResult captureImage(const platform::CaptureFilter& filter, platform::PixelSize size,
+                                               bool showsCursor) override;
+    std::unique_ptr<platform::FrameStream> makeFrameStream(
+        const platform::CaptureFilter& filter, const platform::FrameStreamConfiguration& configuration) override;
 
     platform::ShareableContentResult content;
+    int contentQueries = 0;
     std::uint32_t mainDisplay = 1;
+    std::map<std::uint32_t, platform::PixelSize> pixelSizes;  // a display not listed has no mode
+    platform::CapturedImageResult image;
+    std::vector<FakeImageRequest> imageRequests;
+    // What the streams' calls answer; nothing means success.
+    std::optional<std::string> outputError;
+    std::optional<std::string> startError;
+    std::optional<std::string> updateError;
+    std::deque<FakeStreamLog> streams;
 };
 
 class FakePasteboard final : public platform::Pasteboard {
@@ -183,6 +216,31 @@ public:
     bool terminateExitsZero = false;
 };
 
+// A session loop that plays a script: each wait runs the next step (which may deliver frames,
+// change the fake's answers, ...) and returns what the step says happened. A post is answered
+// first; an exhausted script ends the input. A step that lets the time run out moves the clock
+// on by the whole wait.
+class FakeSessionLoop final : public platform::SessionLoop {
+public:
+    using Step = std::function<Wake()>;
+
+    explicit FakeSessionLoop(FakeClock& clock) : clock_(clock) {}
+    void open() override { opened = true; }
+    Wake wait(double timeoutMs) override;
+    void post() override { posted_ = true; }
+
+    // Steps that let the time run out n times, doing nothing else.
+    void idle(int n);
+
+    bool opened = false;
+    std::deque<Step> steps;
+    std::vector<double> timeouts;  // of every wait, in order
+
+private:
+    FakeClock& clock_;
+    std::atomic<bool> posted_{false};
+};
+
 // Every service faked, and a fresh process state over them.
 class FakePlatform {
 public:
@@ -197,7 +255,8 @@ public:
     FakeClock clock{journal};
     FakeStreams streams;
     FakeSignals signals;
-    platform::Services services{events, windows, capture, pasteboard, probe, clock, streams, signals};
+    FakeSessionLoop sessionLoop{clock};
+    platform::Services services{events, windows, capture, pasteboard, probe, clock, streams, signals, sessionLoop};
 
     // Runs a whole command line as the process entry does; returns the exit status.
     int run(const std::vector<std::string>& args, const std::string& stdinText = "");

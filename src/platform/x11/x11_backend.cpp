@@ -10,7 +10,6 @@
 namespace brisko::platform {
 namespace {
 
-
 class X11Backend final : public Backend {
 public:
     Services& services() override { return services_; }
@@ -23,8 +22,8 @@ private:
     x11::X11Pasteboard pasteboard_;
     x11::X11SystemProbe probe_{connection_};
     SteadyClock clock_;
-    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(),
-                       systemSignals()};
+    Services services_{events_, windows_, capture_, pasteboard_, probe_, clock_, systemStreams(), systemSignals(),
+                       systemSessionLoop()};
 };
 
 }  // namespace

@@ -66,6 +66,7 @@ TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words) {
         else if (key == "noinput") spec.noInput = true;
         else if (key == "override") spec.overrideRedirect = true;
         else if (key == "border") spec.border = number(value);
+        else if (key == "color") spec.color = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
         else throw std::invalid_argument("unknown window option: " + word);
     }
     return spec;
@@ -74,7 +75,8 @@ TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words) {
 xcb_window_t createTestWindow(xcb_connection_t* c, const xcb_screen_t* screen, const TestWindowSpec& spec) {
     const xcb_window_t w = xcb_generate_id(c);
     const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK;
-    const std::uint32_t values[] = {screen->white_pixel, spec.overrideRedirect ? 1u : 0u,
+    // The tests' servers are 24-bit TrueColor: a pixel value is its 0xRRGGBB colour.
+    const std::uint32_t values[] = {spec.color, spec.overrideRedirect ? 1u : 0u,
                                     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
                                         XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
                                         XCB_EVENT_MASK_STRUCTURE_NOTIFY};
@@ -103,6 +105,11 @@ xcb_window_t createTestWindow(xcb_connection_t* c, const xcb_screen_t* screen, c
     }
     xcb_map_window(c, w);
     return w;
+}
+
+void paintTestWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color) {
+    xcb_change_window_attributes(connection, window, XCB_CW_BACK_PIXEL, &color);
+    xcb_clear_area(connection, 0, window, 0, 0, 0, 0);
 }
 
 }  // namespace brisko::testing

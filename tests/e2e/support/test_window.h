@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,9 +23,11 @@ struct TestWindowSpec {
     std::string applicationId;         // _GTK_APPLICATION_ID
     bool noInput = false;              // an empty SHAPE input region
     bool overrideRedirect = false;
+    std::uint32_t color = 0xffffff;    // the background, 0xRRGGBB
 };
 
-// "X Y W H [type=T] [above] [opacity=F] [class=C] [appid=A] [noinput] [override] [border=N]".
+// "X Y W H [type=T] [above] [opacity=F] [class=C] [appid=A] [noinput] [override] [border=N]
+// [color=RRGGBB]".
 // Throws std::invalid_argument on anything else.
 TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words);
 
@@ -35,6 +38,9 @@ xcb_window_t createTestWindow(xcb_connection_t* connection, const xcb_screen_t* 
 // Sets a property the way window managers and toolkits do.
 void setAtomListProperty(xcb_connection_t* connection, xcb_window_t window, const std::string& property,
                          const std::vector<std::string>& atoms);
+// Gives the window a new background colour (0xRRGGBB) and has the server paint it at once.
+void paintTestWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color);
+
 xcb_atom_t atomNamed(xcb_connection_t* connection, const std::string& name);
 
 }  // namespace brisko::testing

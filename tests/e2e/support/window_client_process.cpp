@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
@@ -101,6 +102,13 @@ xcb_window_t WindowClientProcess::map(const std::string& name, const std::string
 void WindowClientProcess::unmap(const std::string& name) {
     send("unmap " + name);
     awaitAnswer("unmapped " + name);
+}
+
+void WindowClientProcess::paint(const std::string& name, std::uint32_t color) {
+    char hex[8];
+    std::snprintf(hex, sizeof hex, "%06x", color);
+    send("paint " + name + " " + hex);
+    awaitAnswer("painted " + name);
 }
 
 std::vector<std::string> WindowClientProcess::sync() {

@@ -27,6 +27,8 @@ public:
     // Maps a window ("X Y W H [options]") and returns its id once the server has mapped it.
     xcb_window_t map(const std::string& name, const std::string& spec);
     void unmap(const std::string& name);
+    // Repaints the window in another colour (0xRRGGBB); returns once the server has done it.
+    void paint(const std::string& name, std::uint32_t color);
     // Every event line reported so far, after a round trip through the server.
     std::vector<std::string> sync();
     // Reads event lines until one satisfies the predicate; returns all of them, that one last.

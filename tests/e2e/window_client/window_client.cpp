@@ -3,6 +3,7 @@
 //
 //   map NAME X Y W H [options]  ->  mapped NAME ID        (options: see parseTestWindowSpec)
 //   unmap NAME                  ->  unmapped NAME
+//   paint NAME RRGGBB           ->  painted NAME          (once the server has painted it)
 //   sync                        ->  synced                (after every event the server sent before)
 //   press|release NAME BUTTON ROOT_X ROOT_Y, keypress|keyrelease NAME KEYCODE   (unprompted)
 //
@@ -55,6 +56,11 @@ public:
             ids_[words[1]] = w;
         } else if (words[0] == "unmap" && words.size() == 2 && ids_.contains(words[1])) {
             xcb_unmap_window(connection_, ids_[words[1]]);
+        } else if (words[0] == "paint" && words.size() == 3 && ids_.contains(words[1])) {
+            brisko::testing::paintTestWindow(connection_, ids_[words[1]],
+                                             static_cast<std::uint32_t>(std::stoul(words[2], nullptr, 16)));
+            std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+            say("painted " + words[1]);
         } else if (words[0] == "sync") {
             std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
             drainEvents();

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace brisko {
+
+// A rectangle of whole pixels in the window system's screen coordinates.
+struct PixelRect {
+    std::int64_t x = 0;
+    std::int64_t y = 0;
+    std::int64_t width = 0;
+    std::int64_t height = 0;
+
+    bool empty() const { return width <= 0 || height <= 0; }
+    bool operator==(const PixelRect&) const = default;
+};
+
+// The common part; empty when there is none.
+PixelRect intersection(const PixelRect& a, const PixelRect& b);
+
+// A top-level window as the screen stacks it.
+struct StackedWindow {
+    std::uint32_t id = 0;
+    PixelRect bounds;   // border included
+    bool excluded = false;
+};
+
+// A part of one window's own contents to draw, in screen coordinates.
+struct WindowPiece {
+    std::uint32_t window = 0;
+    PixelRect area;
+    bool operator==(const WindowPiece&) const = default;
+};
+
+// The screen under one left-out window, drawn afresh without it: the background, then the
+// pieces, bottom to top.
+struct ExclusionHole {
+    PixelRect area;
+    std::vector<WindowPiece> pieces;
+    bool operator==(const ExclusionHole&) const = default;
+};
+
+// What to draw over a picture of the display so that the left-out windows disappear and what lies
+// beneath them shows. Windows come bottom to top; every hole is drawn from all the windows that
+// are not left out, so holes of overlapping left-out windows agree where they meet. No window is
+// taken to hide those below it: a window whose contents cannot be read (a compositing manager's
+// overlay, which shows the whole screen, host windows included) is passed over when drawn, and
+// what lies below it must be there.
+std::vector<ExclusionHole> planExclusion(const PixelRect& display, const std::vector<StackedWindow>& bottomToTop);
+
+}  // namespace brisko
