@@ -10,7 +10,7 @@
 
 #include "cli/process_state.h"
 #include "fake/fake_platform.h"
-#include "platform/steady_clock.h"
+#include "backends/posix/steady_clock.h"
 #include "play/player.h"
 
 namespace {

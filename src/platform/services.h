@@ -35,7 +35,7 @@ public:
     virtual Services& services() = 0;
 };
 
-// Implemented once per platform (src/platform/x11, src/platform/macos).
+// Implemented once per platform (src/backends/x11, src/backends/macos).
 std::unique_ptr<Backend> makeBackend();
 
 }  // namespace brisko::platform

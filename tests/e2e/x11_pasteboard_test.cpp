@@ -7,7 +7,7 @@
 #include <random>
 
 #include "clipboard_peers.h"
-#include "platform/x11/x11_pasteboard.h"
+#include "backends/x11/x11_pasteboard.h"
 #include "process_adoption.h"
 #include "support/xvfb_display.h"
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/services.h"
-#include "platform/steady_clock.h"
+#include "backends/posix/steady_clock.h"
 
 namespace brisko::fake {
 

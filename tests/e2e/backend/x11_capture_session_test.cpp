@@ -10,7 +10,7 @@
 #include "capture_stream_decoder.h"
 #include "cli/process_state.h"
 #include "fake/fake_platform.h"
-#include "platform/steady_clock.h"
+#include "backends/posix/steady_clock.h"
 #include "support/x11_display_test.h"
 
 namespace brisko::testing {

@@ -7,9 +7,9 @@
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
-#include "platform/x11/x11_connection.h"
-#include "platform/x11/x11_screen_capture.h"
-#include "platform/x11/x11_window_server.h"
+#include "backends/x11/x11_connection.h"
+#include "backends/x11/x11_screen_capture.h"
+#include "backends/x11/x11_window_server.h"
 #include "support/x11_display_test.h"
 
 namespace brisko::testing {

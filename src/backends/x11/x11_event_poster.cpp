@@ -1,0 +1,196 @@
+#include "backends/x11/x11_event_poster.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <xcb/xtest.h>
+
+#include "backends/x11/x11_key_table.h"
+
+namespace brisko::platform::x11 {
+namespace {
+
+namespace type = event_type;
+
+// X button numbers of the program's buttons 0 left, 1 right, 2 middle; further buttons follow
+// the wheel's four buttons (X button 8 is the program's button 3).
+std::uint8_t xButton(std::uint32_t button) {
+    constexpr std::uint8_t named[] = {1, 3, 2};
+    return button < 3 ? named[button] : static_cast<std::uint8_t>(std::min<std::uint32_t>(button + 5, 255));
+}
+
+constexpr std::uint8_t wheelUpButton = 4;
+constexpr std::uint8_t wheelDownButton = 5;
+
+std::int16_t coordinate(double value) {
+    constexpr double low = std::numeric_limits<std::int16_t>::min();
+    constexpr double high = std::numeric_limits<std::int16_t>::max();
+    if (!(value >= low)) return static_cast<std::int16_t>(low);  // NaN too
+    return static_cast<std::int16_t>(std::lround(std::min(value, high)));
+}
+
+// The Unicode scalar values of UTF-16 text; an unpaired surrogate reads as U+FFFD.
+std::u32string codePoints(const std::u16string& text) {
+    std::u32string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t unit = text[i];
+        const bool high = unit >= 0xD800 && unit <= 0xDBFF;
+        if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+            out.push_back(0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(text[++i]) - 0xDC00));
+        } else if (unit >= 0xD800 && unit <= 0xDFFF) {
+            out.push_back(0xFFFD);
+        } else {
+            out.push_back(unit);
+        }
+    }
+    return out;
+}
+
+bool isDown(const std::array<std::uint8_t, 32>& keys, xcb_keycode_t code) {
+    return (keys[code / 8] >> (code % 8)) & 1;
+}
+
+}  // namespace
+
+bool X11EventPoster::post(const InputEvent& event) {
+    if (!connection_.get() || !connection_.hasExtension(xcb_test_id)) return false;
+    switch (event.type) {
+        case type::mouseMoved:
+        case type::leftMouseDragged:
+        case type::rightMouseDragged:
+        case type::otherMouseDragged:
+        case type::leftMouseDown:
+        case type::leftMouseUp:
+        case type::rightMouseDown:
+        case type::rightMouseUp:
+        case type::otherMouseDown:
+        case type::otherMouseUp:
+            postPointer(event);
+            break;
+        case type::scrollWheel:
+            postScroll(event);
+            break;
+        case type::keyDown:
+        case type::keyUp:
+            postKey(event);
+            break;
+        case type::flagsChanged:
+            postFlagsChanged(event);
+            break;
+        default:
+            break;
+    }
+    return connection_.sync();
+}
+
+void X11EventPoster::postPointer(const InputEvent& event) {
+    xcb_connection_t* connection = connection_.get();
+    // Asked now, answered while the modifiers are brought to the flags.
+    const xcb_query_pointer_cookie_t where = xcb_query_pointer(connection, connection_.root());
+    holdModifiers(event.flags);
+    // X delivers a button event where the pointer is, so the pointer goes to the event's point
+    // first; a pointer already there is not moved, as a motion to its own place is still reported.
+    XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(connection, where, nullptr));
+    const std::int16_t x = coordinate(event.point.x);
+    const std::int16_t y = coordinate(event.point.y);
+    if (!pointer || !pointer->same_screen || pointer->root_x != x || pointer->root_y != y) {
+        xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection_.root(), x, y, XCB_NONE);
+    }
+    switch (event.type) {
+        case type::leftMouseDown:
+        case type::rightMouseDown:
+        case type::otherMouseDown:
+            fakeInput(XCB_BUTTON_PRESS, xButton(event.button));
+            break;
+        case type::leftMouseUp:
+        case type::rightMouseUp:
+        case type::otherMouseUp:
+            fakeInput(XCB_BUTTON_RELEASE, xButton(event.button));
+            break;
+        default:
+            break;
+    }
+}
+
+void X11EventPoster::postScroll(const InputEvent& event) {
+    holdModifiers(event.flags);
+    if (event.scrollLines == 0) return;
+    // One scroll event is one click of the wheel, whatever its line count.
+    const std::uint8_t button = event.scrollLines > 0 ? wheelUpButton : wheelDownButton;
+    fakeInput(XCB_BUTTON_PRESS, button);
+    fakeInput(XCB_BUTTON_RELEASE, button);
+}
+
+void X11EventPoster::postKey(const InputEvent& event) {
+    if (!event.text.empty()) {
+        // An X key press carries one keysym, so the whole text is typed on the key-down event;
+        // its key-up only restores the modifiers.
+        if (event.type == type::keyDown) typeText(event.text, event.flags);
+        holdModifiers(event.flags);
+        return;
+    }
+    const auto sym = keysymForKeyCode(event.keyCode);
+    const auto key = sym ? keyboard_.keyFor(*sym) : std::nullopt;
+    if (!key) {
+        holdModifiers(event.flags);
+        return;
+    }
+    // A keysym at the key's shift level (the keypad's digits while num lock is off) needs shift
+    // for the moment of the event.
+    const EventFlags shift = key->shifted ? flag::shift : 0;
+    holdModifiers(event.flags | shift, 0, key->code);
+    fakeInput(event.type == type::keyDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key->code);
+    if (shift && !(event.flags & shift)) holdModifiers(event.flags, 0, key->code);
+}
+
+void X11EventPoster::postFlagsChanged(const InputEvent& event) {
+    holdModifiers(event.flags, keysymForKeyCode(event.keyCode).value_or(0));
+}
+
+void X11EventPoster::typeText(const std::u16string& text, EventFlags flags) {
+    for (const char32_t character : codePoints(text)) {
+        const auto key = keyboard_.keyFor(keysymForCharacter(character));
+        if (!key) continue;
+        // The character arrives as itself: shift only where its key needs it.
+        holdModifiers((flags & ~flag::shift) | (key->shifted ? flag::shift : 0));
+        fakeInput(XCB_KEY_PRESS, key->code);
+        fakeInput(XCB_KEY_RELEASE, key->code);
+    }
+}
+
+void X11EventPoster::holdModifiers(EventFlags flags, xcb_keysym_t preferred, xcb_keycode_t except) {
+    const KeyState down = keysDown();
+    for (std::size_t i = 0; i < modifierGroupCount; ++i) {
+        const ModifierKeys& group = modifierKeys()[i];
+        const X11Keyboard::ModifierKeycodes& codes = keyboard_.modifierKeycodes()[i];
+        const bool wanted = (flags & group.flag) != 0;
+        bool held = false;
+        for (const auto* side : {&codes.left, &codes.right}) {
+            for (const xcb_keycode_t code : *side) {
+                if (code == except || !isDown(down, code)) continue;
+                held = true;
+                if (!wanted) fakeInput(XCB_KEY_RELEASE, code);
+            }
+        }
+        if (!wanted || held) continue;
+        const bool right = (preferred == group.right && !codes.right.empty()) || codes.left.empty();
+        const std::vector<xcb_keycode_t>& side = right ? codes.right : codes.left;
+        if (!side.empty() && side.front() != except) fakeInput(XCB_KEY_PRESS, side.front());
+    }
+}
+
+X11EventPoster::KeyState X11EventPoster::keysDown() {
+    KeyState keys{};
+    xcb_connection_t* connection = connection_.get();
+    if (!connection) return keys;
+    XcbReply<xcb_query_keymap_reply_t> reply(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
+    if (reply) std::copy(std::begin(reply->keys), std::end(reply->keys), keys.begin());
+    return keys;
+}
+
+void X11EventPoster::fakeInput(std::uint8_t eventType, std::uint8_t detail) {
+    xcb_test_fake_input(connection_.get(), eventType, detail, XCB_CURRENT_TIME, XCB_NONE, 0, 0, XCB_NONE);
+}
+
+}  // namespace brisko::platform::x11

@@ -1,0 +1,190 @@
+#include "backends/x11/x11_frame_composer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+
+#include <xcb/composite.h>
+#include <xcb/xfixes.h>
+
+#include "capture/cursor_overlay.h"
+#include "backends/x11/x11_atoms.h"
+#include "backends/x11/x11_connection.h"
+#include "backends/x11/x11_owner_pids.h"
+#include "backends/x11/x11_property.h"
+#include "backends/x11/x11_top_level_windows.h"
+
+namespace brisko::platform::x11 {
+namespace {
+
+std::int16_t i16(std::int64_t value) { return static_cast<std::int16_t>(value); }
+std::uint16_t u16(std::int64_t value) { return static_cast<std::uint16_t>(value); }
+
+bool extensionPresent(xcb_connection_t* connection, xcb_extension_t& extension) {
+    const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection, &extension);
+    return data && data->present;
+}
+
+// Composite 0.2 names window pixmaps; XFIXES 2 hands out cursor images. Asking for the version
+// is also what enables an extension for a client.
+bool compositeReady(xcb_connection_t* connection) {
+    if (!extensionPresent(connection, xcb_composite_id)) return false;
+    const XcbReply<xcb_composite_query_version_reply_t> version(xcb_composite_query_version_reply(
+        connection, xcb_composite_query_version(connection, 0, 4), nullptr));
+    return version && (version->major_version > 0 || version->minor_version >= 2);
+}
+
+bool xfixesReady(xcb_connection_t* connection) {
+    if (!extensionPresent(connection, xcb_xfixes_id)) return false;
+    const XcbReply<xcb_xfixes_query_version_reply_t> version(
+        xcb_xfixes_query_version_reply(connection, xcb_xfixes_query_version(connection, 4, 0), nullptr));
+    return version && version->major_version >= 2;
+}
+
+PixelRect pixelRect(const Rect& r) {
+    return {static_cast<std::int64_t>(r.x), static_cast<std::int64_t>(r.y), static_cast<std::int64_t>(r.width),
+            static_cast<std::int64_t>(r.height)};
+}
+
+}  // namespace
+
+FrameComposer::FrameComposer(xcb_connection_t* connection, const xcb_screen_t& screen, PixelRect display)
+    : connection_(connection), screen_(screen), display_(display) {}
+
+std::optional<std::string> FrameComposer::prepare() {
+    if (auto unsupported = unsupportedPixelLayout(connection_, screen_)) return unsupported;
+    const std::size_t pixels = static_cast<std::size_t>(display_.width * display_.height);
+    frame_ = std::make_unique<ShmImage>(connection_, pixels);
+    scratch_ = std::make_unique<ShmImage>(connection_, pixels);
+    composite_ = compositeReady(connection_);
+    // Automatic redirection leaves the screen as it was (the server still draws every window
+    // on it) and keeps each top-level window's whole contents in its own pixmap.
+    if (composite_) xcb_composite_redirect_subwindows(connection_, screen_.root, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+    xfixes_ = xfixesReady(connection_);
+    const std::vector<xcb_atom_t> atoms = internAtoms(connection_, {"WM_STATE", "_XROOTPMAP_ID", "ESETROOT_PMAP_ID"});
+    wmState_ = atoms[0];
+    wallpaperAtoms_ = {atoms[1], atoms[2]};
+    return std::nullopt;
+}
+
+std::optional<BgraFrameView> FrameComposer::compose(const std::set<std::int32_t>& excludedPids, bool withCursor) {
+    std::uint8_t* frame = frame_->read(screen_.root, i16(display_.x), i16(display_.y), u16(display_.width),
+                                       u16(display_.height));
+    if (!frame) return std::nullopt;
+    hadHoles_ = false;
+    if (!excludedPids.empty()) {
+        const std::vector<Stacked>& windows = stack();
+        std::vector<StackedWindow> planned;
+        planned.reserve(windows.size());
+        for (const Stacked& w : windows) {
+            planned.push_back({w.window, w.bounds, w.pid && excludedPids.contains(*w.pid)});
+        }
+        const std::vector<ExclusionHole> holes = planExclusion(display_, planned);
+        for (const ExclusionHole& hole : holes) drawHole(frame, hole, windows);
+        hadHoles_ = !holes.empty();
+    }
+    if (withCursor) drawCursor(frame);
+    return BgraFrameView{frame, display_.width, display_.height, display_.width * 4};
+}
+
+// The viewable top-level windows bottom to top, with the process that owns each (the client
+// window's owner under a window manager's frame).
+const std::vector<FrameComposer::Stacked>& FrameComposer::stack() {
+    if (stack_) return *stack_;
+    std::vector<TopLevelWindow> windows = topLevelWindows(connection_, screen_.root, wmState_, Mapped::viewableOnly);
+    std::reverse(windows.begin(), windows.end());
+    std::vector<xcb_window_t> clients;
+    clients.reserve(windows.size());
+    for (const TopLevelWindow& w : windows) clients.push_back(w.client);
+    const std::vector<std::optional<std::int32_t>> pids = ownerPids(connection_, clients);
+    stack_.emplace();
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        stack_->push_back({windows[i].frame, pixelRect(windows[i].bounds), pids[i]});
+    }
+    return *stack_;
+}
+
+void FrameComposer::drawHole(std::uint8_t* frame, const ExclusionHole& hole, const std::vector<Stacked>& windows) {
+    fillBackground(frame, hole.area);
+    // Without Composite no window's hidden contents can be read: the background alone hides the
+    // left-out window.
+    if (!composite_) return;
+    std::map<xcb_window_t, PixelRect> bounds;
+    for (const Stacked& w : windows) bounds.emplace(w.window, w.bounds);
+    for (const WindowPiece& piece : hole.pieces) {
+        const PixelRect& window = bounds.at(piece.window);
+        const xcb_pixmap_t pixmap = xcb_generate_id(connection_);
+        xcb_composite_name_window_pixmap(connection_, piece.window, pixmap);
+        // A window that went away meanwhile refuses the read; what lies under it stays.
+        if (const std::uint8_t* pixels = scratch_->read(pixmap, i16(piece.area.x - window.x),
+                                                        i16(piece.area.y - window.y), u16(piece.area.width),
+                                                        u16(piece.area.height))) {
+            copyIn(frame, pixels, piece.area);
+        }
+        xcb_free_pixmap(connection_, pixmap);
+    }
+}
+
+// The root window's background where it is published (_XROOTPMAP_ID, as wallpaper setters and
+// desktops do for clients that draw what lies beneath them), black elsewhere: the server keeps no
+// picture of the background under windows.
+void FrameComposer::fillBackground(std::uint8_t* frame, const PixelRect& area) {
+    for (std::int64_t row = 0; row < area.height; ++row) {
+        std::uint8_t* line = frame + ((area.y - display_.y + row) * display_.width + (area.x - display_.x)) * 4;
+        for (std::int64_t column = 0; column < area.width; ++column) {
+            const std::uint8_t black[4] = {0, 0, 0, 255};
+            std::memcpy(line + column * 4, black, 4);
+        }
+    }
+    const xcb_pixmap_t background = wallpaper();
+    if (background == XCB_NONE) return;
+    const XcbReply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, background), nullptr));
+    if (!geometry) return;
+    const PixelRect covered = intersection(area, {0, 0, geometry->width, geometry->height});
+    if (covered.empty()) return;
+    if (const std::uint8_t* pixels =
+            scratch_->read(background, i16(covered.x), i16(covered.y), u16(covered.width), u16(covered.height))) {
+        copyIn(frame, pixels, covered);
+    }
+}
+
+xcb_pixmap_t FrameComposer::wallpaper() {
+    for (const xcb_atom_t atom : wallpaperAtoms_) {
+        if (atom == XCB_NONE) continue;
+        const auto value = cardinalIn(propertyReply(connection_, requestProperty(connection_, screen_.root, atom,
+                                                                                   XCB_ATOM_PIXMAP))
+                                          .get());
+        if (value && *value != XCB_NONE) return *value;
+    }
+    return XCB_NONE;
+}
+
+// Rows of packed pixels of the area (in screen coordinates) into the frame.
+void FrameComposer::copyIn(std::uint8_t* frame, const std::uint8_t* pixels, const PixelRect& area) {
+    const std::size_t rowBytes = static_cast<std::size_t>(area.width * 4);
+    for (std::int64_t row = 0; row < area.height; ++row) {
+        std::uint8_t* to = frame + ((area.y - display_.y + row) * display_.width + (area.x - display_.x)) * 4;
+        std::memcpy(to, pixels + static_cast<std::size_t>(row) * rowBytes, rowBytes);
+    }
+}
+
+void FrameComposer::drawCursor(std::uint8_t* frame) {
+    if (!xfixes_) return;
+    const XcbReply<xcb_xfixes_get_cursor_image_reply_t> cursor(
+        xcb_xfixes_get_cursor_image_reply(connection_, xcb_xfixes_get_cursor_image(connection_), nullptr));
+    if (!cursor) return;
+    lastPointer_ = std::pair<std::int32_t, std::int32_t>{cursor->x, cursor->y};
+    const std::uint32_t* argb = xcb_xfixes_get_cursor_image_cursor_image(cursor.get());
+    const CursorImage image{cursor->x - cursor->xhot, cursor->y - cursor->yhot, cursor->width, cursor->height,
+                            std::vector<std::uint32_t>(argb, argb + std::size_t{cursor->width} * cursor->height)};
+    brisko::drawCursor({frame, display_.width, display_.height, display_.width * 4, display_.x, display_.y}, image);
+}
+
+std::optional<std::string> unavailableSize(const PixelRect& display, PixelSize size) {
+    if (size.width == display.width && size.height == display.height) return std::nullopt;
+    return "an X display is captured at its own size, " + std::to_string(display.width) + " x " +
+           std::to_string(display.height);
+}
+
+}  // namespace brisko::platform::x11

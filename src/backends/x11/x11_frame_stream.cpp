@@ -1,0 +1,224 @@
+#include "backends/x11/x11_frame_stream.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <xcb/damage.h>
+#include <xcb/xfixes.h>
+
+#include "capture/frame_pacer.h"
+
+namespace brisko::platform::x11 {
+namespace {
+
+double nowMs() {
+    using namespace std::chrono;
+    return duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
+}
+
+const xcb_query_extension_reply_t* extension(xcb_connection_t* connection, xcb_extension_t& id) {
+    const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection, &id);
+    return data && data->present ? data : nullptr;
+}
+
+bool damageReady(xcb_connection_t* connection) {
+    if (!extension(connection, xcb_damage_id)) return false;
+    const XcbReply<xcb_damage_query_version_reply_t> version(
+        xcb_damage_query_version_reply(connection, xcb_damage_query_version(connection, 1, 1), nullptr));
+    return version != nullptr;
+}
+
+}  // namespace
+
+X11FrameStream::X11FrameStream(std::optional<PixelRect> display, const CaptureFilter& filter,
+                               const FrameStreamConfiguration& configuration)
+    : display_(display),
+      configuration_(configuration),
+      excludedPids_(filter.excludedPids.begin(), filter.excludedPids.end()) {}
+
+X11FrameStream::~X11FrameStream() {
+    stop();
+    if (wakeRead_ >= 0) ::close(wakeRead_);
+    if (wakeWrite_ >= 0) ::close(wakeWrite_);
+}
+
+std::optional<std::string> X11FrameStream::addOutput(FrameStreamOutput& output) {
+    output_ = &output;
+    return std::nullopt;
+}
+
+std::optional<std::string> X11FrameStream::startCapture() {
+    if (!output_) return "the stream has no output";
+    if (!display_) return "the display is no longer there";
+    if (auto unavailable = unavailableSize(*display_, configuration_.size)) return unavailable;
+    xcb_connection_t* connection = connection_.get();
+    if (!connection) return "cannot connect to the X server";
+    composer_ = std::make_unique<FrameComposer>(connection, connection_.screen(), *display_);
+    if (auto error = composer_->prepare()) return error;
+    watchChanges(connection);
+    int fds[2];
+    if (::pipe2(fds, O_CLOEXEC | O_NONBLOCK) != 0) return "cannot make a pipe";
+    wakeRead_ = fds[0];
+    wakeWrite_ = fds[1];
+    thread_ = std::thread([this] { run(); });
+    return std::nullopt;
+}
+
+std::optional<std::string> X11FrameStream::updateFilter(const CaptureFilter& filter) {
+    {
+        const std::lock_guard guard(filterLock_);
+        excludedPids_ = std::set<std::int32_t>(filter.excludedPids.begin(), filter.excludedPids.end());
+    }
+    filterChanged_ = true;
+    wake();
+    return std::nullopt;
+}
+
+void X11FrameStream::stop() {
+    stopping_ = true;
+    wake();
+    if (thread_.joinable()) thread_.join();
+}
+
+void X11FrameStream::wake() {
+    if (wakeWrite_ < 0) return;
+    const char byte = 1;
+    // A full pipe already holds a wake.
+    [[maybe_unused]] const ssize_t n = ::write(wakeWrite_, &byte, 1);
+}
+
+// What tells the stream that the picture may have changed: the root window's damage (whatever
+// the server draws on the screen), each top-level window's damage (its contents also where
+// others cover it, which shows where a left-out window lies), the window tree's changes and the
+// cursor's shape.
+void X11FrameStream::watchChanges(xcb_connection_t* connection) {
+    const xcb_window_t root = connection_.root();
+    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection, root, XCB_CW_EVENT_MASK, &mask);
+    damage_ = damageReady(connection);
+    if (damage_) {
+        damageEvent_ = extension(connection, xcb_damage_id)->first_event;
+        trackWindow(connection, root);
+        const XcbReply<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
+        if (tree) {
+            const xcb_window_t* children = xcb_query_tree_children(tree.get());
+            for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) trackWindow(connection, children[i]);
+        }
+    }
+    if (const auto* xfixes = extension(connection, xcb_xfixes_id); xfixes && configuration_.showsCursor) {
+        xfixesEvent_ = xfixes->first_event;
+        xcb_xfixes_select_cursor_input(connection, root, XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
+    }
+    xcb_flush(connection);
+}
+
+// A damage object lives as long as its window; the server drops it when the window goes.
+void X11FrameStream::trackWindow(xcb_connection_t* connection, xcb_window_t window) {
+    if (!damage_) return;
+    xcb_damage_create(connection, xcb_generate_id(connection), window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+}
+
+void X11FrameStream::run() {
+    xcb_connection_t* connection = connection_.get();
+    const double intervalMs = configuration_.minimumFrameIntervalSeconds * 1000.0;
+    // Pointer motion is announced to no one, and without DAMAGE nothing is: look each interval.
+    const bool poll = configuration_.showsCursor || !damage_;
+    FramePacer pacer(intervalMs, poll ? std::optional<double>(intervalMs) : std::nullopt);
+    while (!stopping_) {
+        if (filterChanged_.exchange(false)) pacer.noteChange();
+        if (handleEvents(connection)) pacer.noteChange();
+        if (xcb_connection_has_error(connection)) {
+            output_->didStopWithError("the connection to the X server was lost");
+            return;
+        }
+        const double now = nowMs();
+        const FramePacer::Decision decision = pacer.decide(now);
+        if (decision.takeFrame) {
+            pacer.frameTaken(now);
+            rearmDamage(connection);
+            std::set<std::int32_t> excluded;
+            {
+                const std::lock_guard guard(filterLock_);
+                excluded = excludedPids_;
+            }
+            const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor);
+            if (!frame) {
+                output_->didStopWithError(xcb_connection_has_error(connection)
+                                              ? "the connection to the X server was lost"
+                                              : "the X server would not give the display's pixels");
+                return;
+            }
+            output_->didOutputFrame(*frame, 0);
+            continue;
+        }
+        xcb_flush(connection);
+        pollfd fds[2] = {{xcb_get_file_descriptor(connection), POLLIN, 0}, {wakeRead_, POLLIN, 0}};
+        const int timeout = decision.waitMs ? static_cast<int>(std::ceil(*decision.waitMs)) : -1;
+        const int ready = ::poll(fds, 2, timeout);
+        if (ready == 0 && (!damage_ || pointerMoved(connection))) pacer.noteChange();
+        if (ready > 0 && fds[1].revents != 0) {
+            char bytes[64];
+            while (::read(wakeRead_, bytes, sizeof bytes) > 0) {
+            }
+        }
+    }
+}
+
+bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
+    bool changed = false;
+    while (xcb_generic_event_t* event = xcb_poll_for_event(connection)) {
+        const std::uint8_t type = event->response_type & 0x7f;
+        if (type == 0) {
+            // An error: a window that went away between two requests. Nothing to do.
+        } else if (damage_ && type == damageEvent_ + XCB_DAMAGE_NOTIFY) {
+            damaged_.push_back(reinterpret_cast<xcb_damage_notify_event_t*>(event)->damage);
+            changed = true;
+        } else if (xfixesEvent_ != 0 && type == xfixesEvent_ + XCB_XFIXES_CURSOR_NOTIFY) {
+            changed = true;
+        } else {
+            switch (type) {
+                case XCB_CREATE_NOTIFY:
+                    trackWindow(connection, reinterpret_cast<xcb_create_notify_event_t*>(event)->window);
+                    [[fallthrough]];
+                case XCB_DESTROY_NOTIFY:
+                case XCB_MAP_NOTIFY:
+                case XCB_UNMAP_NOTIFY:
+                case XCB_CONFIGURE_NOTIFY:
+                case XCB_REPARENT_NOTIFY:
+                case XCB_CIRCULATE_NOTIFY:
+                case XCB_GRAVITY_NOTIFY:
+                    composer_->windowsChanged();
+                    changed = true;
+                    break;
+                default: break;
+            }
+        }
+        std::free(event);
+    }
+    return changed;
+}
+
+// Re-arms every damage object that reported, before the frame is read: what changes while it
+// is read reports again and makes the next frame.
+void X11FrameStream::rearmDamage(xcb_connection_t* connection) {
+    std::sort(damaged_.begin(), damaged_.end());
+    damaged_.erase(std::unique(damaged_.begin(), damaged_.end()), damaged_.end());
+    for (const std::uint32_t damage : damaged_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
+    damaged_.clear();
+}
+
+bool X11FrameStream::pointerMoved(xcb_connection_t* connection) {
+    const auto last = composer_->lastPointer();
+    if (!last) return false;
+    const XcbReply<xcb_query_pointer_reply_t> pointer(
+        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_.root()), nullptr));
+    return pointer && (pointer->root_x != last->first || pointer->root_y != last->second);
+}
+
+}  // namespace brisko::platform::x11

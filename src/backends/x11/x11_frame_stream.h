@@ -1,0 +1,68 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <xcb/xcb.h>
+
+#include "capture/exclusion_plan.h"
+#include "platform/screen_capture.h"
+#include "backends/x11/x11_connection.h"
+#include "backends/x11/x11_frame_composer.h"
+
+namespace brisko::platform::x11 {
+
+// A frame stream of one display of an X server. Its thread sleeps until the server reports a
+// change (DAMAGE on the root and on every top-level window, changes of the window tree, of the
+// cursor's shape, or a moved pointer), then composes a frame at most at the configured pace and
+// hands it to the output; a still screen costs a look at the pointer now and then. A frame is
+// composed and delivered on the same thread, so none ever waits in a queue. The stream has its
+// own connection, whose events only it reads.
+class X11FrameStream final : public FrameStream {
+public:
+    // display: where the display lies on the screen; absent when it has gone.
+    X11FrameStream(std::optional<PixelRect> display, const CaptureFilter& filter, const FrameStreamConfiguration& configuration);
+    ~X11FrameStream() override;
+
+    std::optional<std::string> addOutput(FrameStreamOutput& output) override;
+    std::optional<std::string> startCapture() override;
+    std::optional<std::string> updateFilter(const CaptureFilter& filter) override;
+    void stop() override;
+
+private:
+    void watchChanges(xcb_connection_t* connection);
+    void trackWindow(xcb_connection_t* connection, xcb_window_t window);
+    void run();
+    // Reads every event the server has sent; true when one of them means the picture may differ.
+    bool handleEvents(xcb_connection_t* connection);
+    bool pointerMoved(xcb_connection_t* connection);
+    void rearmDamage(xcb_connection_t* connection);
+    void wake();
+
+    const std::optional<PixelRect> display_;
+    const FrameStreamConfiguration configuration_;
+    FrameStreamOutput* output_ = nullptr;
+    X11Connection connection_;
+    std::unique_ptr<FrameComposer> composer_;
+    std::uint8_t damageEvent_ = 0;
+    std::uint8_t xfixesEvent_ = 0;
+    bool damage_ = false;
+    std::vector<std::uint32_t> damaged_;  // damage objects that reported since the last frame
+
+    std::mutex filterLock_;
+    std::set<std::int32_t> excludedPids_;
+    std::atomic<bool> filterChanged_{false};
+    std::atomic<bool> stopping_{false};
+    int wakeRead_ = -1;
+    int wakeWrite_ = -1;
+    std::thread thread_;
+};
+
+}  // namespace brisko::platform::x11

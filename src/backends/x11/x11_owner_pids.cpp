@@ -1,0 +1,46 @@
+#include "backends/x11/x11_owner_pids.h"
+
+#include <cstring>
+
+#include <xcb/res.h>
+
+#include "backends/x11/x11_connection.h"
+
+namespace brisko::platform::x11 {
+namespace {
+
+std::optional<std::int32_t> pidIn(const xcb_res_query_client_ids_reply_t* reply) {
+    if (!reply) return std::nullopt;
+    for (auto it = xcb_res_query_client_ids_ids_iterator(reply); it.rem; xcb_res_client_id_value_next(&it)) {
+        if (!(it.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID)) continue;
+        if (xcb_res_client_id_value_value_length(it.data) != 1) continue;
+        std::int32_t pid = 0;
+        std::memcpy(&pid, xcb_res_client_id_value_value(it.data), sizeof pid);
+        return pid;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::vector<std::optional<std::int32_t>> ownerPids(xcb_connection_t* connection,
+                                                   const std::vector<xcb_window_t>& windows) {
+    const xcb_query_extension_reply_t* extension = xcb_get_extension_data(connection, &xcb_res_id);
+    if (!extension || !extension->present) return std::vector<std::optional<std::int32_t>>(windows.size());
+    std::vector<xcb_res_query_client_ids_cookie_t> cookies;
+    cookies.reserve(windows.size());
+    for (const xcb_window_t w : windows) {
+        const xcb_res_client_id_spec_t spec{w, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+        cookies.push_back(xcb_res_query_client_ids(connection, 1, &spec));
+    }
+    std::vector<std::optional<std::int32_t>> pids;
+    pids.reserve(windows.size());
+    for (const auto cookie : cookies) {
+        const XcbReply<xcb_res_query_client_ids_reply_t> reply(
+            xcb_res_query_client_ids_reply(connection, cookie, nullptr));
+        pids.push_back(pidIn(reply.get()));
+    }
+    return pids;
+}
+
+}  // namespace brisko::platform::x11
