@@ -9,7 +9,7 @@
 #include "capture/stream_format.h"
 #include "fake/fake_platform.h"
 #include "support/capture_records.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {
@@ -55,7 +55,7 @@ protected:
         frames.push_back(frames.back());
         frames.back().pixel(0, 0)[0] ^= 1;
         frames.back().pixel(129, 69)[0] ^= 1;
-        frames.push_back(testing::renderDesktop(90, 50, 2));
+        frames.push_back(testing::noiseImage(90, 50, 2));
         for (const auto& frame : frames) output.encodeFrame(frame.view(), 0);
         for (const std::string& record : records.records()) stream += record;
         write("stream.bcs", stream);

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {

@@ -4,14 +4,13 @@
 #include <csignal>
 #include <sstream>
 
-#include "support/run_program.h"
-#include "support/running_program.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {
 
 using testing::programPath;
-using testing::RunningProgram;
+using testing::Process;
 using testing::runProgram;
 
 const std::string banner = "brisko-mac-input input-stream v2\n";
@@ -79,13 +78,13 @@ TEST(InputStream, BadLinesAreReportedAndTheStreamGoesOn) {
 }
 
 TEST(InputStream, AStopEndsAPlayingOrQueuedBlockAtOnce) {
-    RunningProgram program(programPath(), {"input-stream"});
+    Process program(programPath(), {"input-stream"});
     program.write("play a 600000 0\nplay b 600000 0\nstop b\n");
     program.write("stop a\n");
-    ASSERT_TRUE(program.waitForOut("played b cancelled 0\n"));
+    ASSERT_TRUE(program.waitForOutput("played b cancelled 0\n"));
     // A finished block is no longer active. The empty block is played after a was finished.
     program.write("play s 0 0\n");
-    ASSERT_TRUE(program.waitForOut("played s ok 0\n"));
+    ASSERT_TRUE(program.waitForOutput("played s ok 0\n"));
     program.write("stop a\n");
     program.closeInput();
     const auto r = program.finish();
@@ -95,9 +94,9 @@ TEST(InputStream, AStopEndsAPlayingOrQueuedBlockAtOnce) {
 }
 
 TEST(InputStream, FailingLinesOfABlockAreCountedInItsAnswer) {
-    RunningProgram program(programPath(), {"input-stream"});
+    Process program(programPath(), {"input-stream"});
     program.write("play b 20 3\n0 mousedown 10\n5 keyup\n5 scroll up 0\n");
-    ASSERT_TRUE(program.waitForOut("played b ok 3\n"));
+    ASSERT_TRUE(program.waitForOutput("played b ok 3\n"));
     program.closeInput();
     const auto r = program.finish();
     EXPECT_EQ(r.status, 0);
@@ -108,8 +107,8 @@ TEST(InputStream, FailingLinesOfABlockAreCountedInItsAnswer) {
 }
 
 TEST(InputStream, TerminationEndsAtOnceWithStatusZero) {
-    RunningProgram program(programPath(), {"input-stream"});
-    ASSERT_TRUE(program.waitForOut(banner));
+    Process program(programPath(), {"input-stream"});
+    ASSERT_TRUE(program.waitForOutput(banner));
     program.write("play a 600000 0\n");
     program.signal(SIGTERM);
     const auto r = program.finish();
@@ -119,7 +118,7 @@ TEST(InputStream, TerminationEndsAtOnceWithStatusZero) {
 }
 
 TEST(InputStream, AClosedOutputDoesNotEndTheStream) {
-    RunningProgram program(programPath(), {"input-stream"});
+    Process program(programPath(), {"input-stream"});
     program.closeOutput();
     program.write("play a 0 0\nplay b 10\nhello\n");
     program.closeInput();

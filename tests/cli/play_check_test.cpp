@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {

@@ -47,12 +47,12 @@ TEST(WorkerPool, ResultsWrittenByTheLanesAreSeenByTheCaller) {
 // idle, a resolution change and a photo-like picture that hardly compresses.
 std::vector<testing::BgraImage> sessionFrames() {
     std::vector<testing::BgraImage> frames;
-    frames.push_back(testing::renderDesktop(720, 450, 1, 64));
-    frames.push_back(testing::renderDesktop(720, 450, 2, 64));
+    frames.push_back(testing::noiseImage(720, 450, 1, 64));
+    frames.push_back(testing::noiseImage(720, 450, 2, 64));
     frames.push_back(frames.back());
-    testing::retypeTiles(frames.back(), 0.05, 3);
+    testing::touchTiles(frames.back(), 5, 3);
     frames.push_back(frames.back());
-    frames.push_back(testing::renderDesktop(640, 400, 4, 0));
+    frames.push_back(testing::noiseImage(640, 400, 4, 0));
     frames.push_back(testing::noiseImage(640, 400, 5));
     frames.push_back(frames[4]);
     return frames;

@@ -91,7 +91,7 @@ TEST(CaptureSessionThreads, FramesFromTheStreamThreadWhileTheMainThreadRefreshes
     platform.windows.paths[611] = "/opt/brisko/brisko-mac-menubar";
     platform.capture.content.content = platform::ShareableContent{{{1, 256, 192}}, {{300, "org.example.editor"}}};
     std::vector<testing::BgraImage> frames;
-    for (std::uint32_t i = 0; i < 12; ++i) frames.push_back(testing::renderDesktop(256, 192, i % 3));
+    for (std::uint32_t i = 0; i < 12; ++i) frames.push_back(testing::noiseImage(256, 192, i % 3));
     std::thread source;
     auto& steps = platform.sessionLoop.steps;
     steps.push_back([&] {

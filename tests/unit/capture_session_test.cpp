@@ -107,10 +107,10 @@ TEST_F(CaptureSession, StreamsTheMainDisplayInPointsWithTheHostLeftOut) {
 }
 
 TEST_F(CaptureSession, CompleteFramesBecomeRecordsUntilTheInputEnds) {
-    const testing::BgraImage first = testing::renderDesktop(160, 100, 1);
-    const testing::BgraImage idle = testing::renderDesktop(160, 100, 2);
+    const testing::BgraImage first = testing::noiseImage(160, 100, 1);
+    const testing::BgraImage idle = testing::noiseImage(160, 100, 2);
     testing::BgraImage second = first;
-    testing::retypeTiles(second, 0.2, 3);
+    testing::touchTiles(second, 5, 3);
     deliver(first);
     deliver(idle, 1);  // not complete: ignored
     deliver(first);    // unchanged: nothing written
@@ -125,7 +125,7 @@ TEST_F(CaptureSession, CompleteFramesBecomeRecordsUntilTheInputEnds) {
 }
 
 TEST_F(CaptureSession, EndsWithZeroOnTerminationAndOnAFailedWrite) {
-    const testing::BgraImage frame = testing::renderDesktop(64, 64, 1);
+    const testing::BgraImage frame = testing::noiseImage(64, 64, 1);
     platform.sessionLoop.idle(1);
     then([] {}, Wake::terminateRequested);
     platform.sessionLoop.idle(3);  // never reached
@@ -187,7 +187,7 @@ TEST_F(CaptureSession, AFailedUpdateWarnsAndKeepsTheNewList) {
     platform.capture.updateError = "BadWindow";
     then([&] { platform.capture.content.content->applications.push_back({menuBarPid, ""}); });
     platform.sessionLoop.idle(1);
-    const testing::BgraImage frame = testing::renderDesktop(64, 64, 1);
+    const testing::BgraImage frame = testing::noiseImage(64, 64, 1);
     deliver(frame);
     EXPECT_EQ(run(), 0);
     EXPECT_EQ(updates().size(), 1u);

@@ -46,7 +46,7 @@ protected:
 };
 
 TEST_F(CaptureStreamOutputTest, FirstFrameIsOneWholeTileAndAnIdenticalFrameWritesNothing) {
-    const BgraImage desktop = testing::renderDesktop(1440, 900, 1, 48);
+    const BgraImage desktop = testing::noiseImage(1440, 900, 1, 48);
     const decode::FrameRecord first = send(desktop);
     EXPECT_EQ(first.width, 1440u);
     EXPECT_EQ(first.height, 900u);
@@ -212,20 +212,20 @@ TEST_F(CaptureStreamOutputTest, ATileThatFailsToCompressIsLeftOut) {
 TEST_F(CaptureStreamOutputTest, TheReaderFollowsALongSession) {
     // Typing, window switches, size changes and idle frames, as a session brings them; after
     // every record the reader must show exactly the source frame.
-    BgraImage frame = testing::renderDesktop(400, 250, 1, 16);
+    BgraImage frame = testing::noiseImage(400, 250, 1, 16);
     send(frame);
     for (std::uint32_t step = 0; step < 24; ++step) {
         if (step % 8 == 7) {
-            frame = testing::renderDesktop(step % 16 == 7 ? 336 : 400, 250, step, 0);
+            frame = testing::noiseImage(step % 16 == 7 ? 336 : 400, 250, step, 0);
             EXPECT_EQ(send(frame).tiles.size(), 1u);
             continue;
         }
         if (step % 5 == 4) {
             EXPECT_TRUE(encode(frame, FrameOutcome::unchanged).empty());
-            EXPECT_TRUE(encode(testing::renderDesktop(frame.width, 250, 99, 0), FrameOutcome::ignored, 1).empty());
+            EXPECT_TRUE(encode(testing::noiseImage(frame.width, 250, 99, 0), FrameOutcome::ignored, 1).empty());
             continue;
         }
-        const std::int64_t touched = testing::retypeTiles(frame, 0.04 * (step % 4 + 1), step);
+        const std::int64_t touched = testing::touchTiles(frame, 5, step);
         EXPECT_EQ(send(frame).tiles.size(), static_cast<std::size_t>(touched));
     }
 }

@@ -1,4 +1,4 @@
-#include "support/test_window.h"
+#include "window_spec.h"
 
 #include <cctype>
 #include <cmath>
@@ -7,7 +7,7 @@
 
 #include <xcb/shape.h>
 
-namespace brisko::testing {
+namespace window_client {
 namespace {
 
 std::string upper(std::string text) {
@@ -27,6 +27,11 @@ void setProperty(xcb_connection_t* c, xcb_window_t w, xcb_atom_t property, xcb_a
     xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, property, type, format, length, data);
 }
 
+void setAtomProperty(xcb_connection_t* c, xcb_window_t w, const std::string& property, const std::string& value) {
+    const xcb_atom_t atom = atomNamed(c, value);
+    setProperty(c, w, atomNamed(c, property), XCB_ATOM_ATOM, 32, 1, &atom);
+}
+
 }  // namespace
 
 xcb_atom_t atomNamed(xcb_connection_t* connection, const std::string& name) {
@@ -38,17 +43,13 @@ xcb_atom_t atomNamed(xcb_connection_t* connection, const std::string& name) {
     return atom;
 }
 
-void setAtomListProperty(xcb_connection_t* connection, xcb_window_t window, const std::string& property,
-                         const std::vector<std::string>& atoms) {
-    std::vector<xcb_atom_t> values;
-    for (const auto& name : atoms) values.push_back(atomNamed(connection, name));
-    setProperty(connection, window, atomNamed(connection, property), XCB_ATOM_ATOM, 32,
-                static_cast<std::uint32_t>(values.size()), values.data());
+void roundTrip(xcb_connection_t* connection) {
+    std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
 
-TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words) {
+WindowSpec parseWindowSpec(const std::vector<std::string>& words) {
     if (words.size() < 4) throw std::invalid_argument("expected X Y W H");
-    TestWindowSpec spec;
+    WindowSpec spec;
     spec.x = number(words[0]);
     spec.y = number(words[1]);
     spec.width = number(words[2]);
@@ -65,6 +66,7 @@ TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words) {
         else if (key == "appid") spec.applicationId = value;
         else if (key == "noinput") spec.noInput = true;
         else if (key == "override") spec.overrideRedirect = true;
+        else if (key == "focus") spec.focus = true;
         else if (key == "border") spec.border = number(value);
         else if (key == "color") spec.color = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
         else throw std::invalid_argument("unknown window option: " + word);
@@ -72,22 +74,20 @@ TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words) {
     return spec;
 }
 
-xcb_window_t createTestWindow(xcb_connection_t* c, const xcb_screen_t* screen, const TestWindowSpec& spec) {
+xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const WindowSpec& spec) {
     const xcb_window_t w = xcb_generate_id(c);
     const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK;
     // The tests' servers are 24-bit TrueColor: a pixel value is its 0xRRGGBB colour.
     const std::uint32_t values[] = {spec.color, spec.overrideRedirect ? 1u : 0u,
                                     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                                        XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
-                                        XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+                                        XCB_EVENT_MASK_POINTER_MOTION | XCB_EVENT_MASK_KEY_PRESS |
+                                        XCB_EVENT_MASK_KEY_RELEASE | XCB_EVENT_MASK_STRUCTURE_NOTIFY};
     xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(spec.x),
                       static_cast<std::int16_t>(spec.y), static_cast<std::uint16_t>(spec.width),
                       static_cast<std::uint16_t>(spec.height), static_cast<std::uint16_t>(spec.border),
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, mask, values);
-    if (!spec.type.empty()) {
-        setAtomListProperty(c, w, "_NET_WM_WINDOW_TYPE", {"_NET_WM_WINDOW_TYPE_" + upper(spec.type)});
-    }
-    if (spec.above) setAtomListProperty(c, w, "_NET_WM_STATE", {"_NET_WM_STATE_ABOVE"});
+    if (!spec.type.empty()) setAtomProperty(c, w, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_" + upper(spec.type));
+    if (spec.above) setAtomProperty(c, w, "_NET_WM_STATE", "_NET_WM_STATE_ABOVE");
     if (spec.opacity) {
         const auto value = static_cast<std::uint32_t>(std::llround(*spec.opacity * 0xffffffffu));
         setProperty(c, w, atomNamed(c, "_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL, 32, 1, &value);
@@ -107,9 +107,9 @@ xcb_window_t createTestWindow(xcb_connection_t* c, const xcb_screen_t* screen, c
     return w;
 }
 
-void paintTestWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color) {
+void paintWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color) {
     xcb_change_window_attributes(connection, window, XCB_CW_BACK_PIXEL, &color);
     xcb_clear_area(connection, 0, window, 0, 0, 0, 0);
 }
 
-}  // namespace brisko::testing
+}  // namespace window_client

@@ -1,24 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
-#include "platform/capture_frame.h"
+#include "support/capture_records.h"
 
 namespace brisko::testing {
-
-// A BGRA picture laid out as a capture source delivers it (rows may be padded).
-struct BgraImage {
-    std::int64_t width = 0;
-    std::int64_t height = 0;
-    std::int64_t bytesPerRow = 0;
-    std::vector<std::uint8_t> bytes;
-
-    platform::BgraFrameView view() const { return {bytes.data(), width, height, bytesPerRow}; }
-    std::uint8_t* pixel(std::int64_t x, std::int64_t y) {
-        return bytes.data() + y * bytesPerRow + x * 4;
-    }
-};
 
 // A picture that compresses like a real screen: a photographic wallpaper with grain, a menu bar,
 // a dock of glossy icons, and overlapping windows with title bars, shadows, lines of glyph-like
