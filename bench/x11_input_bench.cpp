@@ -16,7 +16,7 @@
 
 #include <xcb/xcb.h>
 
-#include "platform/services.h"
+#include "backends/backend.h"
 #include "support/process.h"
 #include "support/xvfb_display.h"
 

@@ -97,6 +97,22 @@ std::u16string utf16(std::string_view text) {
     return out;
 }
 
+std::u32string scalarsOfUtf16(std::u16string_view text) {
+    std::u32string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char32_t unit = text[i];
+        const bool high = unit >= 0xD800 && unit <= 0xDBFF;
+        if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+            out.push_back(0x10000 + ((unit - 0xD800) << 10) + (char32_t(text[++i]) - 0xDC00));
+        } else {
+            out.push_back(isScalarValue(unit) ? unit : U'\uFFFD');
+        }
+    }
+    return out;
+}
+
+bool isScalarValue(long long value) { return value >= 0 && value <= 0x10FFFF && !(value >= 0xD800 && value <= 0xDFFF); }
+
 std::string utf8FromScalar(char32_t scalar) {
     std::string out;
     appendUtf8(out, static_cast<utf8proc_int32_t>(scalar));

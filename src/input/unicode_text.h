@@ -16,6 +16,10 @@ std::string lowercased(std::string_view text);
 // The user-perceived characters (extended grapheme clusters) of the text, in order.
 std::vector<std::string> graphemeClusters(std::string_view text);
 std::u16string utf16(std::string_view text);
+// The scalar values of UTF-16 text; an unpaired surrogate reads as U+FFFD.
+std::u32string scalarsOfUtf16(std::u16string_view text);
+// Whether the number is a Unicode scalar value: a code point that is no surrogate.
+bool isScalarValue(long long value);
 // The UTF-8 form of one Unicode scalar value.
 std::string utf8FromScalar(char32_t scalar);
 

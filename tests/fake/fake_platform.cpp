@@ -1,6 +1,6 @@
 #include "fake/fake_platform.h"
 
-#include "cli/dispatch.h"
+#include "entry/dispatch.h"
 #include "cli/process_state.h"
 
 namespace brisko::fake {

@@ -2,13 +2,19 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#if defined(__linux__)
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#else
+#include <sys/event.h>
+#endif
 
 extern char** environ;
 
@@ -25,6 +31,51 @@ int msUntil(std::chrono::steady_clock::time_point deadline) {
     return left.count() > 0 ? static_cast<int>(left.count()) : 0;
 }
 
+// pipe2 is Linux's; elsewhere the descriptors are marked close-on-exec right after (no test starts
+// programs from two threads at once).
+void makePipe(int fds[2]) {
+    if (::pipe(fds) != 0) throw std::runtime_error("pipe failed");
+    for (int i = 0; i < 2; ++i) ::fcntl(fds[i], F_SETFD, FD_CLOEXEC);
+}
+
+// The program's file: a name without '/' is looked up on PATH, as a shell does.
+std::string executable(const std::string& program) {
+    if (program.find('/') != std::string::npos) return program;
+    const char* path = std::getenv("PATH");
+    const std::string dirs = path ? path : "/usr/bin:/bin";
+    for (std::size_t at = 0; at <= dirs.size();) {
+        const std::size_t end = std::min(dirs.find(':', at), dirs.size());
+        const std::string candidate = dirs.substr(at, end - at) + "/" + program;
+        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
+        at = end + 1;
+    }
+    return program;
+}
+
+// Waits until the process has ended, at most until the time has passed; true when it has.
+bool awaitEnd(pid_t pid, int timeoutMs) {
+#if defined(__linux__)
+    // A process descriptor becomes readable when the process ends.
+    const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+    if (process < 0) throw std::runtime_error("pidfd_open failed");
+    pollfd fd{process, POLLIN, 0};
+    int ready;
+    while ((ready = ::poll(&fd, 1, timeoutMs)) < 0 && errno == EINTR) {
+    }
+    ::close(process);
+    return ready > 0;
+#else
+    const int queue = ::kqueue();
+    struct kevent change;
+    EV_SET(&change, pid, EVFILT_PROC, EV_ADD | EV_ONESHOT, NOTE_EXIT, 0, nullptr);
+    const timespec wait{timeoutMs / 1000, (timeoutMs % 1000) * 1000000L};
+    struct kevent event;
+    const int got = ::kevent(queue, &change, 1, &event, 1, &wait);
+    ::close(queue);
+    return got > 0 || (got < 0 && errno == ESRCH);  // ESRCH: it had ended already
+#endif
+}
+
 std::vector<char*> pointers(std::vector<std::string>& strings) {
     std::vector<char*> out;
     for (std::string& s : strings) out.push_back(s.data());
@@ -39,7 +90,7 @@ int statusOf(int waitStatus) { return WIFEXITED(waitStatus) ? WEXITSTATUS(waitSt
 Process::Process(const std::string& program, const std::vector<std::string>& args, const Environment& env,
                  Streams streams) {
     // Everything the child needs is made before the fork: after it, only system calls.
-    std::vector<std::string> argvStore{program};
+    std::vector<std::string> argvStore{executable(program)};
     argvStore.insert(argvStore.end(), args.begin(), args.end());
     std::vector<std::string> envStore;
     for (char** e = environ; *e; ++e) {
@@ -55,7 +106,7 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
                                  streams != Streams::detached, streams == Streams::piped};
     int pipes[3][2] = {{-1, -1}, {-1, -1}, {-1, -1}};
     for (int i = 0; i < 3; ++i) {
-        if (pipedStream[i] && ::pipe2(pipes[i], O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
+        if (pipedStream[i]) makePipe(pipes[i]);
     }
     const int devnull = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     // A program that has gone must fail the test's writes, not end the test.
@@ -63,12 +114,14 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     pid_ = ::fork();
     if (pid_ < 0) throw std::runtime_error("fork failed");
     if (pid_ == 0) {
+#if defined(__linux__)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+#endif
         for (int fd = 0; fd < 3; ++fd) {
             if (pipedStream[fd]) ::dup2(pipes[fd][fd == 0 ? 0 : 1], fd);
             else if (fd < 2 || streams != Streams::pipedOwnErr) ::dup2(devnull, fd);
         }
-        ::execvpe(argv[0], argv.data(), envp.data());
+        ::execve(argv[0], argv.data(), envp.data());
         ::_exit(127);
     }
     ::close(devnull);
@@ -153,16 +206,7 @@ void Process::signal(int number) { ::kill(pid_, number); }
 
 std::optional<int> Process::wait(std::chrono::milliseconds timeout) {
     if (status_) return status_;
-    // A process descriptor becomes readable when the process ends.
-    const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0));
-    if (process < 0) throw std::runtime_error("pidfd_open failed");
-    const auto deadline = Clock::now() + timeout;
-    pollfd fd{process, POLLIN, 0};
-    int ready;
-    while ((ready = ::poll(&fd, 1, msUntil(deadline))) < 0 && errno == EINTR) {
-    }
-    ::close(process);
-    if (ready <= 0) return std::nullopt;
+    if (!awaitEnd(pid_, static_cast<int>(timeout.count()))) return std::nullopt;
     int status = 0;
     while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
     }

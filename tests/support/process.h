@@ -29,8 +29,9 @@ enum class Streams {
     detached,     // all three are /dev/null, for programs that leave a child behind holding them
 };
 
-// A program started beside the test (found on PATH when the name has no '/'). It is sent SIGTERM
-// when the thread that started it ends, and killed and reaped on destruction if it still runs.
+// A program started beside the test (found on PATH when the name has no '/'). On Linux it is sent
+// SIGTERM when the thread that started it ends; it is killed and reaped on destruction if it
+// still runs.
 class Process {
 public:
     Process(const std::string& program, const std::vector<std::string>& args, const Environment& env = {},

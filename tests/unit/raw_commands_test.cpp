@@ -37,7 +37,8 @@ protected:
 };
 
 TEST_F(RawCommands, OnlyTheEightWordsAreRawCommands) {
-    for (const std::string& word : state.rawInputCommandNames) {
+    for (const CommandRow& row : rawCommandRows()) {
+        const std::string word(row.word);
         EXPECT_TRUE(failure({word}).starts_with("usage: " + word + " ")) << word;
     }
     for (const std::string word : {"click", "MouseMove", "move", "type", "key", "", "scroll "}) {

@@ -1,4 +1,4 @@
-#include "cli/hidden_commands.h"
+#include "entry/hidden_commands.h"
 
 #include <nlohmann/json.hpp>
 

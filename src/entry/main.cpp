@@ -1,8 +1,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/dispatch.h"
+#include "backends/backend.h"
 #include "cli/process_state.h"
+#include "entry/dispatch.h"
 
 int main(int argc, char** argv) {
     const auto backend = brisko::platform::makeBackend();

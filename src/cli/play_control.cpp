@@ -1,4 +1,4 @@
-#include "play/play_control.h"
+#include "cli/play_control.h"
 
 namespace brisko {
 
