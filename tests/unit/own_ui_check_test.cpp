@@ -2,6 +2,7 @@
 
 #include "fake/fake_platform.h"
 #include "ownui/own_ui_case.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {
@@ -194,6 +195,18 @@ TEST_F(OwnUiCheck, EmptyInputAnswersNothing) {
     EXPECT_EQ(platform.run({"own-ui-check"}, "\n\r\n\n"), 0);
     EXPECT_EQ(platform.streams.buffered.str(), "");
     EXPECT_EQ(platform.streams.err(), "");
+}
+
+TEST(OwnUiCheckProgram, ManyAnswersReachAPipeWholeBeforeTheFirstBadCaseEndsTheRun) {
+    std::string input, answers;
+    for (int i = 0; i < 20000; ++i) {
+        input += R"({"kind":"exclude","apps":[{"pid":)" + std::to_string(i) + R"(,"bundle":"com.brisko.desktop"}]})" "\r\n";
+        answers += "exclude=" + std::to_string(i) + "\n";
+    }
+    const auto r = testing::runBrisko({"own-ui-check"}, input + "{\"kind\":null}\n" + input);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.out == answers) << r.out.size() << " bytes of answers, not " << answers.size();
+    EXPECT_EQ(r.err, "brisko-mac-input: own-ui-check: unknown kind in {\"kind\":null}\n");
 }
 
 }  // namespace
