@@ -1,5 +1,7 @@
 #include "fake/fake_platform.h"
 
+#include <algorithm>
+
 #include "entry/dispatch.h"
 #include "cli/process_state.h"
 
@@ -8,6 +10,16 @@ namespace brisko::fake {
 void Journal::add(Happening h) {
     std::lock_guard guard(lock_);
     entries_.push_back(std::move(h));
+    added_.notify_all();
+}
+
+bool Journal::awaitEvents(std::size_t count) {
+    std::unique_lock guard(lock_);
+    return added_.wait_for(guard, std::chrono::seconds(10), [&] {
+        return std::count_if(entries_.begin(), entries_.end(),
+                             [](const Happening& h) { return std::holds_alternative<InputEvent>(h); }) >=
+               static_cast<std::ptrdiff_t>(count);
+    });
 }
 
 std::vector<Happening> Journal::all() const {
@@ -189,7 +201,13 @@ bool FakeStreams::writeOut(std::string_view bytes) {
     if (failWrites) return false;
     std::lock_guard guard(lock_);
     out_.append(bytes);
+    written_.notify_all();
     return true;
+}
+
+bool FakeStreams::awaitOut(std::string_view text) {
+    std::unique_lock guard(lock_);
+    return written_.wait_for(guard, std::chrono::seconds(10), [&] { return out_.find(text) != std::string::npos; });
 }
 
 bool FakeStreams::writeErr(std::string_view bytes) {

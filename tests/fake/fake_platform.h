@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -33,9 +34,13 @@ public:
     std::vector<InputEvent> events() const;
     std::vector<Pause> pauses() const;
     void clear();
+    // For tests in which another thread posts: waits until that many events were posted; false
+    // after 10 s.
+    bool awaitEvents(std::size_t count);
 
 private:
     mutable std::mutex lock_;
+    std::condition_variable added_;
     std::vector<Happening> entries_;
 };
 
@@ -195,6 +200,9 @@ public:
 
     std::string out() const;
     std::string err() const;
+    // For tests in which another thread writes: waits until standard output holds the text;
+    // false after 10 s.
+    bool awaitOut(std::string_view text);
 
     std::ostringstream buffered;
     std::istringstream input;
@@ -202,6 +210,7 @@ public:
 
 private:
     mutable std::mutex lock_;
+    std::condition_variable written_;
     std::string out_;
     std::string err_;
 };
