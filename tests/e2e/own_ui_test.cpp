@@ -45,8 +45,8 @@ protected:
     }
     // The report's start, with the host's windows that are not the scene's listed first.
     std::string report(const std::string& more = "", const std::string& keyboard = "true,\"keyboard\":\"brisko\"") const {
-        const auto [low, high] = std::minmax(host.pid(), menubar.pid());
-        return "{\"excludedPids\":[" + std::to_string(low) + "," + std::to_string(high) + "],\"briskoWindows\":[" +
+        return "{\"excludedPids\":[" + std::to_string(std::min(host.pid(), menubar.pid())) + "," +
+               std::to_string(std::max(host.pid(), menubar.pid())) + "],\"briskoWindows\":[" +
                more + windowJson(bar, menubar.pid(), 20, 1200, 0, 240, 24) + "," +
                windowJson(through, host.pid(), 0, 300, 450, 100, 50) + "," +
                windowJson(left, host.pid(), 0, -100, 700, 300, 100) + "," +

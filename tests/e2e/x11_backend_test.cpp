@@ -123,18 +123,12 @@ TEST_F(X11Backend, AlphaAndLayerFollowTheWindowsTypeStateOpacityAndInputShape) {
         {"opacity=0.5", 0.5, 0},
         {"opacity=0", 0, 0},  // transparent but still takes presses: more than 0
         {"noinput opacity=1", 0, 0},
-        {"type=dialog", 1, 0},
         {"above", 1, 3},
-        {"type=menu", 1, 3},  // torn off
         {"type=dock above", 1, 20},
         {"type=popup_menu", 1, 101},
-        {"type=dropdown_menu", 1, 101},
-        {"type=combo", 1, 101},
         {"type=menu override", 1, 101},
         {"override", 1, 0},
-        {"type=notification", 1, 102},
         {"type=tooltip override", 1, 200},
-        {"type=dnd override", 1, 500},
         {"type=desktop", 1, std::nullopt},
     };
     for (std::size_t i = 0; i < cases.size(); ++i) {

@@ -242,7 +242,8 @@ TEST_F(Refusal, ThePressMessageNamesThePointTruncatedTowardZeroAndTheWindow) {
     platform.windows.windows = {window(4321, hostPid, {-1000, -1000, 2000, 2000})};
     const std::vector<std::pair<platform::Point, std::string>> cases = {
         {{512.9, -3.7}, "(512,-3)"}, {{-0.5, 0.99}, "(0,0)"}, {{-999.9, 999.99}, "(-999,999)"}};
-    for (const auto& [at, text] : cases) {
+    for (const auto& [point, text] : cases) {
+        const platform::Point at = point;  // (a structured binding cannot be captured before C++20's fix)
         EXPECT_EQ(refusal([&] { refuseIfOnBrisko(at); }), "refused a press at " + text + " on window 4321: " + ownPanel);
     }
 }

@@ -109,14 +109,9 @@ void ClipboardPeer::answer(const xcb_selection_request_event_t& request) {
         }
         property = request.property;
     }
-    xcb_selection_notify_event_t notify{};
-    notify.response_type = XCB_SELECTION_NOTIFY;
-    notify.time = request.time;
-    notify.requestor = request.requestor;
-    notify.selection = request.selection;
-    notify.target = request.target;
-    notify.property = property;
-    std::array<char, 32> wire{};
+    const xcb_selection_notify_event_t notify{XCB_SELECTION_NOTIFY, 0, 0,        request.time, request.requestor,
+                                             request.selection,    request.target, property};
+    std::array<char, 32> wire{};  // an event is sent as 32 bytes
     std::memcpy(wire.data(), &notify, sizeof notify);
     xcb_send_event(connection_, 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, wire.data());
 }
