@@ -117,6 +117,7 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
 #if defined(__linux__)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
 #endif
+        ::signal(SIGPIPE, SIG_DFL);  // as a program started by a shell or the host has it
         for (int fd = 0; fd < 3; ++fd) {
             if (pipedStream[fd]) ::dup2(pipes[fd][fd == 0 ? 0 : 1], fd);
             else if (fd < 2 || streams != Streams::pipedOwnErr) ::dup2(devnull, fd);

