@@ -34,7 +34,7 @@ struct SharedDisplay {
             windowManager = std::make_unique<Process>(
                 manager, std::vector<std::string>{"--sm-disable", "--startup", "echo managing"}, Environment{},
                 Streams::outputOnly);
-            if (windowManager->readLine() != "managing") throw std::runtime_error("the window manager did not start");
+            if (!windowManager->waitForOutput("managing\n")) throw std::runtime_error("the window manager did not start");
         }
     }
 
