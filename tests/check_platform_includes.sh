@@ -4,7 +4,7 @@
 # libraries to src/backends/macos only, X headers to src/backends/x11 only.
 set -eu
 src=${1:?usage: check_platform_includes.sh SRC_DIR}
-include='#\s*(include|import)\s*<'
+include='#[[:space:]]*(include|import)[[:space:]]*<'
 os="$include"'((unistd|fcntl|poll|signal|pthread|spawn|dlfcn|termios)\.h>|(sys|linux)/)'
 apple="$include"'((libproc|compression|Block)\.h>|(CoreGraphics|CoreFoundation|CoreMedia|CoreVideo|ApplicationServices|AppKit|Cocoa|Foundation|ScreenCaptureKit|ImageIO|Accelerate|CoreServices|UniformTypeIdentifiers|IOKit|objc|dispatch|mach)/)'
 x11="$include"'(xcb|X11)/'
