@@ -54,7 +54,10 @@ std::optional<PropertyNumber> statusAttachment(CMSampleBufferRef sample) {
 - (void)stream:(SCStream*)stream didOutputSampleBuffer:(CMSampleBufferRef)sampleBuffer ofType:(SCStreamOutputType)type {
     FrameStreamOutput* target = _target;
     if (!target || type != SCStreamOutputTypeScreen || !CMSampleBufferIsValid(sampleBuffer)) return;
-    const brisko::platform::FrameStatus status = brisko::frameStatusOf(statusAttachment(sampleBuffer));
+    brisko::platform::FrameStatus status;
+    @autoreleasepool {
+        status = brisko::frameStatusOf(statusAttachment(sampleBuffer));
+    }
     // A buffer without pixels goes on as a frame without pixels; the encoder knows what to make of it.
     CVImageBufferRef pixels = CMSampleBufferGetImageBuffer(sampleBuffer);
     if (!pixels || CVPixelBufferLockBaseAddress(pixels, kCVPixelBufferLock_ReadOnly) != kCVReturnSuccess) {
@@ -98,13 +101,15 @@ public:
 
     std::optional<std::string> addOutput(FrameStreamOutput& output) override {
         if (!stream_) return notListed;
-        [output_ setTarget:&output];
-        NSError* error = nil;
-        if ([stream_ addStreamOutput:output_ type:SCStreamOutputTypeScreen sampleHandlerQueue:queue_ error:&error]) {
-            return std::nullopt;
+        @autoreleasepool {
+            [output_ setTarget:&output];
+            NSError* error = nil;
+            if ([stream_ addStreamOutput:output_ type:SCStreamOutputTypeScreen sampleHandlerQueue:queue_ error:&error]) {
+                return std::nullopt;
+            }
+            [output_ setTarget:nullptr];
+            return describe(error).value_or("unknown error");
         }
-        [output_ setTarget:nullptr];
-        return describe(error).value_or("unknown error");
     }
 
     std::optional<std::string> startCapture() override {
@@ -118,11 +123,13 @@ public:
 
     std::optional<std::string> updateFilter(const CaptureFilter& filter) override {
         if (!stream_) return notListed;
-        SCContentFilter* replacement = makeFilter_(filter);
-        if (!replacement) return notListed;
-        return finish(^(void (^completion)(NSError*)) {
-          [stream_ updateContentFilter:replacement completionHandler:completion];
-        });
+        @autoreleasepool {
+            SCContentFilter* replacement = makeFilter_(filter);
+            if (!replacement) return notListed;
+            return finish(^(void (^completion)(NSError*)) {
+              [stream_ updateContentFilter:replacement completionHandler:completion];
+            });
+        }
     }
 
     void stop() override {
@@ -138,15 +145,16 @@ public:
 private:
     // Starts a call with a completion handler and waits for its error, if any.
     static std::optional<std::string> finish(void (^call)(void (^completion)(NSError*))) {
-        __block NSError* failure = nil;
-        awaitCompletion(^(dispatch_block_t finished) {
-          call(^(NSError* error) {
-            failure = error;
-            finished();
-          });
-        });
-        if (!failure) return std::nullopt;
-        return describe(failure);
+        @autoreleasepool {
+            __block NSError* failure = nil;
+            awaitCompletion(^(dispatch_block_t finished) {
+              call(^(NSError* error) {
+                failure = error;
+                finished();
+              });
+            });
+            return describe(failure);
+        }
     }
 
     // Marks the capture queue, so that stop() can tell when it runs on it.

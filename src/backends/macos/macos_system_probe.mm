@@ -25,7 +25,10 @@ public:
         CGRequestScreenCaptureAccess();
         CGRequestPostEventAccess();
         // Accessibility trust is asked for with the system's own prompt; its answer is not used.
-        AXIsProcessTrustedWithOptions((__bridge CFDictionaryRef) @{(__bridge NSString*)kAXTrustedCheckOptionPrompt : @YES});
+        @autoreleasepool {
+            AXIsProcessTrustedWithOptions(
+                (__bridge CFDictionaryRef) @{(__bridge NSString*)kAXTrustedCheckOptionPrompt : @YES});
+        }
     }
 
     bool screenCaptureAllowed() override { return CGPreflightScreenCaptureAccess(); }
