@@ -58,7 +58,7 @@ std::optional<PropertyNumber> statusAttachment(CMSampleBufferRef sample) {
     @autoreleasepool {
         status = brisko::frameStatusOf(statusAttachment(sampleBuffer));
     }
-    // A buffer without pixels goes on as a frame without pixels; the encoder knows what to make of it.
+    // A buffer without readable pixels goes on as a frame without pixels, which the encoder ignores.
     CVImageBufferRef pixels = CMSampleBufferGetImageBuffer(sampleBuffer);
     if (!pixels || CVPixelBufferLockBaseAddress(pixels, kCVPixelBufferLock_ReadOnly) != kCVReturnSuccess) {
         target->didOutputFrame(BgraFrameView{}, status);
