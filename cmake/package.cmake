@@ -2,7 +2,6 @@
 # what `cmake --install` installs; the libraries it needs are read from the binaries by
 # dpkg-shlibdeps. The program starts no other program, so it depends on nothing else.
 set(CPACK_PACKAGE_NAME brisko-mac-input)
-set(CPACK_PACKAGE_VERSION 0.1.0)
 set(CPACK_PACKAGE_CONTACT "brisko dev <dev@brisko.local>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "lets an automated agent see and operate an X desktop")
 set(CPACK_PACKAGE_DESCRIPTION
