@@ -159,9 +159,10 @@ TEST(OwnerIdentity, TheHostIsKnownOnlyByItsExactIdentifierOrExecutableName) {
         EXPECT_EQ(isBriskoOwner(bundle, exec), host) << bundle.value_or("-") << " / " << exec.value_or("-");
     }
     platform.windows.paths = {{1, "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar"}, {3, "/opt/tools/"},
-                              {4, "/"}, {5, "/usr/bin/with space"}};
+                              {4, "/"}, {5, "/usr/bin/with space"}, {7, "/opt/a\xFF\xC3" "b"}};
     const std::vector<std::pair<std::int32_t, Text>> names = {
-        {1, "brisko-mac-menubar"}, {3, "tools"}, {4, "/"}, {5, "with space"}, {6, std::nullopt}};
+        {1, "brisko-mac-menubar"}, {3, "tools"}, {4, "/"}, {5, "with space"}, {6, std::nullopt},
+        {7, "a\uFFFD\uFFFDb"}};  // bytes that are no UTF-8 read as replacement characters
     for (const auto& [pid, name] : names) EXPECT_EQ(executableName(pid), name) << pid;
 }
 
@@ -213,7 +214,9 @@ TEST(OwnerIdentity, TheHostsProcessesAreLeftOutOfCaptureByPid) {
     platform.capture.mainDisplay = 1;  // not listed: the first one
     EXPECT_EQ(mainSCDisplay({{first, second}, {}})->displayID, 5u);
     EXPECT_FALSE(mainSCDisplay({}).has_value());
-    const auto filter = briskoExcludingFilter(first, {{first}, {{900, "com.brisko.desktop"}, {40, "org.other"}, {12, ""}}});
+    const platform::ShareableContent content{{first}, {{900, "com.brisko.desktop"}, {40, "org.other"}, {12, ""}}};
+    EXPECT_EQ(applicationsWithPids(content, {12, 900, 77}), (std::vector<std::size_t>{0, 2}));
+    const auto filter = briskoExcludingFilter(first, content);
     EXPECT_EQ(filter.display.displayID, 5u);
     EXPECT_EQ(filter.excludedPids, (std::vector<std::int32_t>{12, 900}));  // ascending
     // Selection is by pid over every listed application, so a second entry of a host pid goes too.
