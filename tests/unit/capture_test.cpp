@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 #include "capture/capture_preamble.h"
 #include "capture/capture_stream_output.h"
