@@ -111,21 +111,6 @@ TEST(InputCommands, ADragMovesInTwelveUnroundedStepsWithTheLeftButtonAndTheHeldF
     EXPECT_EQ(eventText(platform.journal), expected);
 }
 
-TEST(InputCommands, EveryEventIsFollowedByThePacingPauseUnlessItIsZero) {
-    for (const std::uint32_t pacing : {10000u, 0u}) {
-        fake::FakePlatform platform;
-        processState().postPacingMicroseconds = pacing;
-        ASSERT_EQ(platform.run({"click", "1", "2"}), 0);
-        const Texts events = {"move 1,2", "leftdown 1,2 #1", "leftup 1,2 #1"};
-        Texts expected;
-        for (const std::string& e : events) {
-            expected.push_back(e);
-            if (pacing) expected.push_back("pause " + std::to_string(pacing));
-        }
-        EXPECT_EQ(testing::journalText(platform.journal), expected);
-    }
-}
-
 TEST(InputCommands, FailuresAreOneLineAndWhatWasPostedOrAdoptedStays) {
     struct Case {
         std::vector<Line> lines;
