@@ -4,9 +4,9 @@
 
 #include "cli/compact_json.h"
 #include "cli/diagnostics.h"
+#include "cli/unicode_text.h"
 #include "input/key_vocabulary.h"
 #include "input/type_plan.h"
-#include "input/unicode_text.h"
 
 namespace brisko {
 

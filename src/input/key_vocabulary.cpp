@@ -1,9 +1,9 @@
 #include "input/key_vocabulary.h"
 
 #include "cli/input_command_error.h"
-#include "cli/process_state.h"
-#include "input/unicode_text.h"
 #include "cli/number_text.h"
+#include "cli/process_state.h"
+#include "cli/unicode_text.h"
 
 namespace brisko {
 

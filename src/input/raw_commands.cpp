@@ -10,6 +10,7 @@
 #include "cli/number_text.h"
 #include "cli/parse_point.h"
 #include "cli/process_state.h"
+#include "cli/unicode_text.h"
 #include "clipboard/base64.h"
 #include "clipboard/clipboard_commands.h"
 #include "input/event_posting.h"
@@ -17,7 +18,6 @@
 #include "input/keyboard_actions.h"
 #include "input/mouse_button.h"
 #include "input/pointer_actions.h"
-#include "input/unicode_text.h"
 #include "ownui/refusal.h"
 
 namespace brisko {

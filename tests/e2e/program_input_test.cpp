@@ -2,7 +2,7 @@
 // a real X server: what a window of the window client receives.
 #include <gtest/gtest.h>
 
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
 

@@ -3,7 +3,7 @@
 #include <map>
 #include <sstream>
 
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 
 namespace brisko::testing {
 namespace {

@@ -7,7 +7,7 @@
 #include <xcb/xtest.h>
 
 #include "backends/x11/x11_key_table.h"
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 
 namespace brisko::platform::x11 {
 namespace {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 
 namespace brisko::testing {
 

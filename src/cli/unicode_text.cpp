@@ -1,4 +1,4 @@
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 
 #include <utf8proc.h>
 
