@@ -16,6 +16,11 @@
 namespace brisko::platform::x11 {
 namespace {
 
+// After a frame that showed nothing new, the next may follow this soon: a window is mapped a
+// moment before its client draws it, and the drawing must not wait for the next interval. It
+// also bounds what a window that keeps redrawing the same pixels costs.
+constexpr double showedNothingGapMs = 4.0;
+
 double nowMs() {
     using namespace std::chrono;
     return duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
@@ -129,7 +134,7 @@ void X11FrameStream::run() {
     const double intervalMs = configuration_.minimumFrameIntervalSeconds * 1000.0;
     // Pointer motion is announced to no one, and without DAMAGE nothing is: look each interval.
     const bool poll = configuration_.showsCursor || !damage_;
-    FramePacer pacer(intervalMs, poll ? std::optional<double>(intervalMs) : std::nullopt);
+    FramePacer pacer(intervalMs, showedNothingGapMs, poll ? std::optional<double>(intervalMs) : std::nullopt);
     while (!stopping_) {
         if (filterChanged_.exchange(false)) pacer.noteChange();
         if (handleEvents(connection)) pacer.noteChange();
@@ -154,7 +159,7 @@ void X11FrameStream::run() {
                                               : "the X server would not give the display's pixels");
                 return;
             }
-            output_->didOutputFrame(*frame, 0);
+            if (!output_->didOutputFrame(*frame, 0)) pacer.frameShowedNothingNew();
             continue;
         }
         xcb_flush(connection);
