@@ -3,18 +3,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/geometry.h"
+
 namespace brisko {
 
-// A rectangle of whole pixels in the window system's screen coordinates.
-struct PixelRect {
-    std::int64_t x = 0;
-    std::int64_t y = 0;
-    std::int64_t width = 0;
-    std::int64_t height = 0;
-
-    bool empty() const { return width <= 0 || height <= 0; }
-    bool operator==(const PixelRect&) const = default;
-};
+// Here in the window system's screen coordinates.
+using platform::PixelRect;
 
 // The common part; empty when there is none.
 PixelRect intersection(const PixelRect& a, const PixelRect& b);

@@ -8,6 +8,7 @@
 #include <xcb/xfixes.h>
 
 #include "capture/cursor_overlay.h"
+#include "capture/frame_read_plan.h"
 #include "backends/x11/x11_atoms.h"
 #include "backends/x11/x11_connection.h"
 #include "backends/x11/x11_owner_pids.h"
@@ -20,25 +21,25 @@ namespace {
 std::int16_t i16(std::int64_t value) { return static_cast<std::int16_t>(value); }
 std::uint16_t u16(std::int64_t value) { return static_cast<std::uint16_t>(value); }
 
+void copyRows(const std::uint8_t* from, std::int64_t fromStride, std::uint8_t* to, std::int64_t toStride,
+              std::int64_t rowBytes, std::int64_t rows) {
+    for (std::int64_t row = 0; row < rows; ++row) {
+        std::memcpy(to + row * toStride, from + row * fromStride, static_cast<std::size_t>(rowBytes));
+    }
+}
+
 bool extensionPresent(xcb_connection_t* connection, xcb_extension_t& extension) {
     const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection, &extension);
     return data && data->present;
 }
 
-// Composite 0.2 names window pixmaps; XFIXES 2 hands out cursor images. Asking for the version
-// is also what enables an extension for a client.
+// Composite 0.2 names window pixmaps. Asking for the version is also what enables an extension
+// for a client.
 bool compositeReady(xcb_connection_t* connection) {
     if (!extensionPresent(connection, xcb_composite_id)) return false;
     const XcbReply<xcb_composite_query_version_reply_t> version(xcb_composite_query_version_reply(
         connection, xcb_composite_query_version(connection, 0, 4), nullptr));
     return version && (version->major_version > 0 || version->minor_version >= 2);
-}
-
-bool xfixesReady(xcb_connection_t* connection) {
-    if (!extensionPresent(connection, xcb_xfixes_id)) return false;
-    const XcbReply<xcb_xfixes_query_version_reply_t> version(
-        xcb_xfixes_query_version_reply(connection, xcb_xfixes_query_version(connection, 4, 0), nullptr));
-    return version && version->major_version >= 2;
 }
 
 PixelRect pixelRect(const Rect& r) {
@@ -67,24 +68,61 @@ std::optional<std::string> FrameComposer::prepare() {
     return std::nullopt;
 }
 
-std::optional<BgraFrameView> FrameComposer::compose(const std::set<std::int32_t>& excludedPids, bool withCursor) {
-    std::uint8_t* frame = frame_->read(screen_.root, i16(display_.x), i16(display_.y), u16(display_.width),
-                                       u16(display_.height));
-    if (!frame) return std::nullopt;
-    hadHoles_ = false;
-    if (!excludedPids.empty()) {
-        const std::vector<Stacked>& windows = stack();
-        std::vector<StackedWindow> planned;
-        planned.reserve(windows.size());
-        for (const Stacked& w : windows) {
-            planned.push_back({w.window, w.bounds, w.pid && excludedPids.contains(*w.pid)});
-        }
-        const std::vector<ExclusionHole> holes = planExclusion(display_, planned);
-        for (const ExclusionHole& hole : holes) drawHole(frame, hole, windows);
-        hadHoles_ = !holes.empty();
+std::optional<BgraFrameView> FrameComposer::compose(const std::set<std::int32_t>& excludedPids, bool withCursor,
+                                                    const std::optional<std::vector<PixelRect>>& damage) {
+    std::uint8_t* frame = frame_->pixels();
+    const std::vector<ExclusionHole> drawn = holes(excludedPids);
+    std::vector<PixelRect> holeAreas;
+    for (const ExclusionHole& hole : drawn) {
+        holeAreas.push_back({hole.area.x - display_.x, hole.area.y - display_.y, hole.area.width, hole.area.height});
     }
-    if (withCursor) drawCursor(frame);
-    return BgraFrameView{frame, display_.width, display_.height, display_.width * 4};
+    const bool layoutChanged = !kept_ || excludedPids != keptExcluded_ || holeAreas != keptHoles_;
+    restoreUnderCursor(frame);
+    const std::optional<FrameReadPlan> read = readServerPixels(damage, layoutChanged);
+    kept_ = read.has_value();
+    if (!kept_) return std::nullopt;
+    // Where the picture may differ from the last one: what the server drew, and everything this
+    // composer draws over the server's pixels, before and now.
+    std::optional<std::vector<PixelRect>> changed = read->damaged;
+    if (changed) {
+        changed->insert(changed->end(), holeAreas.begin(), holeAreas.end());
+        if (keptCursor_) changed->push_back(*keptCursor_);
+    }
+    keptExcluded_ = excludedPids;
+    keptHoles_ = holeAreas;
+    for (const ExclusionHole& hole : drawn) drawHole(frame, hole, stack());
+    hadHoles_ = !drawn.empty();
+    keptCursor_ = withCursor ? drawCursor(frame) : std::nullopt;
+    if (changed && keptCursor_) changed->push_back(*keptCursor_);
+    changed_ = std::move(changed);
+    BgraFrameView view{frame, display_.width, display_.height, display_.width * 4};
+    if (changed_) view.changedAreas = std::span<const PixelRect>(*changed_);
+    return view;
+}
+
+std::vector<ExclusionHole> FrameComposer::holes(const std::set<std::int32_t>& excludedPids) {
+    if (excludedPids.empty()) return {};
+    std::vector<StackedWindow> planned;
+    for (const Stacked& w : stack()) planned.push_back({w.window, w.bounds, w.pid && excludedPids.contains(*w.pid)});
+    return planExclusion(display_, planned);
+}
+
+// Brings the kept picture up to date with the server's in one read straight into it: the rows
+// that the damage spans, or all; pixels of those rows outside the damage come back as they were.
+// Absent when the server would not give the pixels.
+std::optional<FrameReadPlan> FrameComposer::readServerPixels(const std::optional<std::vector<PixelRect>>& damage,
+                                                             bool layoutChanged) {
+    std::optional<std::vector<PixelRect>> local;
+    if (damage) {
+        local.emplace();
+        for (const PixelRect& r : *damage) local->push_back({r.x - display_.x, r.y - display_.y, r.width, r.height});
+    }
+    FrameReadPlan plan = planFrameRead({display_.width, display_.height}, local, layoutChanged);
+    if (plan.rows > 0 && !frame_->read(screen_.root, i16(display_.x), i16(display_.y + plan.top), u16(display_.width),
+                                       u16(plan.rows), static_cast<std::size_t>(plan.top * display_.width * 4))) {
+        return std::nullopt;
+    }
+    return plan;
 }
 
 // The viewable top-level windows bottom to top, with the process that owns each (the client
@@ -162,23 +200,42 @@ xcb_pixmap_t FrameComposer::wallpaper() {
 
 // Rows of packed pixels of the area (in screen coordinates) into the frame.
 void FrameComposer::copyIn(std::uint8_t* frame, const std::uint8_t* pixels, const PixelRect& area) {
-    const std::size_t rowBytes = static_cast<std::size_t>(area.width * 4);
-    for (std::int64_t row = 0; row < area.height; ++row) {
-        std::uint8_t* to = frame + ((area.y - display_.y + row) * display_.width + (area.x - display_.x)) * 4;
-        std::memcpy(to, pixels + static_cast<std::size_t>(row) * rowBytes, rowBytes);
-    }
+    copyRows(pixels, area.width * 4, frame + ((area.y - display_.y) * display_.width + (area.x - display_.x)) * 4,
+             display_.width * 4, area.width * 4, area.height);
 }
 
-void FrameComposer::drawCursor(std::uint8_t* frame) {
-    if (!xfixes_) return;
+// Puts back the pixels that the last pointer covered: the server's picture never holds it.
+void FrameComposer::restoreUnderCursor(std::uint8_t* frame) {
+    if (!keptCursor_) return;
+    const PixelRect& a = *keptCursor_;
+    copyRows(underCursor_.data(), a.width * 4, frame + (a.y * display_.width + a.x) * 4, display_.width * 4,
+             a.width * 4, a.height);
+}
+
+std::optional<PixelRect> FrameComposer::drawCursor(std::uint8_t* frame) {
+    if (!xfixes_) return std::nullopt;
     const XcbReply<xcb_xfixes_get_cursor_image_reply_t> cursor(
         xcb_xfixes_get_cursor_image_reply(connection_, xcb_xfixes_get_cursor_image(connection_), nullptr));
-    if (!cursor) return;
+    if (!cursor) return std::nullopt;
     lastPointer_ = std::pair<std::int32_t, std::int32_t>{cursor->x, cursor->y};
     const std::uint32_t* argb = xcb_xfixes_get_cursor_image_cursor_image(cursor.get());
     const CursorImage image{cursor->x - cursor->xhot, cursor->y - cursor->yhot, cursor->width, cursor->height,
                             std::vector<std::uint32_t>(argb, argb + std::size_t{cursor->width} * cursor->height)};
+    const PixelRect covered = intersection({image.left - display_.x, image.top - display_.y, image.width, image.height},
+                                           {0, 0, display_.width, display_.height});
+    if (covered.empty()) return std::nullopt;
+    underCursor_.resize(static_cast<std::size_t>(covered.width * covered.height * 4));
+    copyRows(frame + (covered.y * display_.width + covered.x) * 4, display_.width * 4, underCursor_.data(),
+             covered.width * 4, covered.width * 4, covered.height);
     brisko::drawCursor({frame, display_.width, display_.height, display_.width * 4, display_.x, display_.y}, image);
+    return covered;
+}
+
+bool xfixesReady(xcb_connection_t* connection) {
+    if (!extensionPresent(connection, xcb_xfixes_id)) return false;
+    const XcbReply<xcb_xfixes_query_version_reply_t> version(
+        xcb_xfixes_query_version_reply(connection, xcb_xfixes_query_version(connection, 4, 0), nullptr));
+    return version && version->major_version >= 2;
 }
 
 std::optional<std::string> unavailableSize(const PixelRect& display, PixelSize size) {

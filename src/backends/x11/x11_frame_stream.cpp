@@ -108,7 +108,11 @@ void X11FrameStream::watchChanges(xcb_connection_t* connection) {
     damage_ = damageReady(connection);
     if (damage_) {
         damageEvent_ = extension(connection, xcb_damage_id)->first_event;
-        trackWindow(connection, root);
+        rootDamage_ = trackWindow(connection, root);
+        if (xfixesReady(connection)) {
+            damageRegion_ = xcb_generate_id(connection);
+            xcb_xfixes_create_region(connection, damageRegion_, 0, nullptr);
+        }
         const XcbReply<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
         if (tree) {
@@ -124,9 +128,11 @@ void X11FrameStream::watchChanges(xcb_connection_t* connection) {
 }
 
 // A damage object lives as long as its window; the server drops it when the window goes.
-void X11FrameStream::trackWindow(xcb_connection_t* connection, xcb_window_t window) {
-    if (!damage_) return;
-    xcb_damage_create(connection, xcb_generate_id(connection), window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+std::uint32_t X11FrameStream::trackWindow(xcb_connection_t* connection, xcb_window_t window) {
+    if (!damage_) return XCB_NONE;
+    const std::uint32_t damage = xcb_generate_id(connection);
+    xcb_damage_create(connection, damage, window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    return damage;
 }
 
 void X11FrameStream::run() {
@@ -146,13 +152,13 @@ void X11FrameStream::run() {
         const FramePacer::Decision decision = pacer.decide(now);
         if (decision.takeFrame) {
             pacer.frameTaken(now);
-            rearmDamage(connection);
+            const std::optional<std::vector<PixelRect>> drawn = takeDamage(connection);
             std::set<std::int32_t> excluded;
             {
                 const std::lock_guard guard(filterLock_);
                 excluded = excludedPids_;
             }
-            const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor);
+            const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor, drawn);
             if (!frame) {
                 output_->didStopWithError(xcb_connection_has_error(connection)
                                               ? "the connection to the X server was lost"
@@ -210,12 +216,30 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
 }
 
 // Re-arms every damage object that reported, before the frame is read: what changes while it
-// is read reports again and makes the next frame.
-void X11FrameStream::rearmDamage(xcb_connection_t* connection) {
+// is read reports again and makes the next frame. Where the server drew on the screen since the
+// last frame comes from the root window's damage, in root coordinates; absent when the server
+// cannot say.
+std::optional<std::vector<PixelRect>> X11FrameStream::takeDamage(xcb_connection_t* connection) {
     std::sort(damaged_.begin(), damaged_.end());
     damaged_.erase(std::unique(damaged_.begin(), damaged_.end()), damaged_.end());
-    for (const std::uint32_t damage : damaged_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
+    for (const std::uint32_t damage : damaged_) {
+        if (damage != rootDamage_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
+    }
     damaged_.clear();
+    if (damageRegion_ == XCB_NONE) {
+        if (rootDamage_ != XCB_NONE) xcb_damage_subtract(connection, rootDamage_, XCB_NONE, XCB_NONE);
+        return std::nullopt;
+    }
+    xcb_damage_subtract(connection, rootDamage_, XCB_NONE, damageRegion_);
+    const XcbReply<xcb_xfixes_fetch_region_reply_t> region(
+        xcb_xfixes_fetch_region_reply(connection, xcb_xfixes_fetch_region(connection, damageRegion_), nullptr));
+    if (!region) return std::nullopt;
+    const xcb_rectangle_t* rectangles = xcb_xfixes_fetch_region_rectangles(region.get());
+    std::vector<PixelRect> drawn;
+    for (int i = 0; i < xcb_xfixes_fetch_region_rectangles_length(region.get()); ++i) {
+        drawn.push_back({rectangles[i].x, rectangles[i].y, rectangles[i].width, rectangles[i].height});
+    }
+    return drawn;
 }
 
 bool X11FrameStream::pointerMoved(xcb_connection_t* connection) {

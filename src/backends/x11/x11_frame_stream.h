@@ -22,7 +22,8 @@ namespace brisko::platform::x11 {
 // A frame stream of one display of an X server. Its thread sleeps until the server reports a
 // change (DAMAGE on the root and on every top-level window, changes of the window tree, of the
 // cursor's shape, or a moved pointer), then composes a frame at most at the configured pace and
-// hands it to the output; a still screen costs a look at the pointer now and then. A frame is
+// hands it to the output, reading from the server only where the root's damage says it drew; a
+// still screen costs a look at the pointer now and then. A frame is
 // composed and delivered on the same thread, so none ever waits in a queue. The stream has its
 // own connection, whose events only it reads.
 class X11FrameStream final : public FrameStream {
@@ -38,12 +39,12 @@ public:
 
 private:
     void watchChanges(xcb_connection_t* connection);
-    void trackWindow(xcb_connection_t* connection, xcb_window_t window);
+    std::uint32_t trackWindow(xcb_connection_t* connection, xcb_window_t window);
     void run();
     // Reads every event the server has sent; true when one of them means the picture may differ.
     bool handleEvents(xcb_connection_t* connection);
     bool pointerMoved(xcb_connection_t* connection);
-    void rearmDamage(xcb_connection_t* connection);
+    std::optional<std::vector<PixelRect>> takeDamage(xcb_connection_t* connection);
     void wake();
 
     const std::optional<PixelRect> display_;
@@ -54,6 +55,8 @@ private:
     std::uint8_t damageEvent_ = 0;
     std::uint8_t xfixesEvent_ = 0;
     bool damage_ = false;
+    std::uint32_t rootDamage_ = XCB_NONE;
+    std::uint32_t damageRegion_ = XCB_NONE;  // an XFIXES region that takes the root's damage
     std::vector<std::uint32_t> damaged_;  // damage objects that reported since the last frame
 
     std::mutex filterLock_;
