@@ -7,10 +7,11 @@
 //   - continuousChange: a window changes colour 12 to 20 times a second; for each
 //     change, the time until a record shows it or a later change.
 //   - stillScreen: the program's processor time over 10 s of a still screen.
-//   - repaint/...: a region repainted with new desktop-like content 30 times a second (200 x 200,
-//     1240 x 700, the whole screen, the whole screen under a host panel, which is then drawn afresh
-//     from the window's own contents every frame); records per second, how far the stream's
-//     picture lags behind the region, processor time and peak resident memory.
+//   - repaint/...: a region repainted 30 times a second, with one colour or with new desktop-like
+//     content (200 x 200, 1240 x 700, the whole screen, the whole screen under a host panel, which
+//     is then drawn afresh from the window's own contents every frame, and a 2880 x 1800 screen);
+//     records per second, how far the stream's picture lags behind the region, processor time and
+//     peak resident memory.
 #include <benchmark/benchmark.h>
 
 #include <unistd.h>
@@ -241,18 +242,22 @@ struct Region {
     int x, y, width, height;
 };
 
+// What each paint puts there: a new desktop-like picture (every tile changes, and compressing
+// them is most of the work), or one colour (what capturing costs besides compressing).
+enum class Paint { desktop, colour };
+
 // The region repainted 30 times a second for 6 s, on a screen of the given size.
-void repaint(benchmark::State& state, int screenWidth, int screenHeight, Region region, bool hostPanel) {
+void repaint(benchmark::State& state, int screenWidth, int screenHeight, Region region, Paint kind, bool hostPanel) {
     Screen screen(screenWidth, screenHeight);
     const xcb_window_t window = screen.map(region.x, region.y, region.width, region.height);
     std::optional<brisko::testing::WindowClientProcess> host;
     if (hostPanel) host.emplace(brisko::testing::menubarClientPath(), screen.name());
     if (host) host->map("panel", "400 200 500 400 color=2040ff above");
     std::vector<brisko::testing::BgraImage> pictures;
-    for (std::uint32_t seed = 0; seed < 4; ++seed) {
+    for (std::uint32_t seed = 0; kind == Paint::desktop && seed < 4; ++seed) {
         pictures.push_back(brisko::testing::renderDesktop(region.width, region.height, seed));
     }
-    // The paint's number is written into the region's top-left pixel, so a record tells which
+    // The paint's number is the colour of the region's top-left pixel, so a record tells which
     // paint it shows.
     std::atomic<std::uint32_t> painted{0};
     std::mutex lock;
@@ -275,9 +280,14 @@ void repaint(benchmark::State& state, int screenWidth, int screenHeight, Region 
         const double before = cpuSeconds(stream.pid());
         const auto start = Clock::now();
         for (std::uint32_t n = 1; Clock::now() - start < 6s; ++n) {
-            brisko::testing::BgraImage& picture = pictures[n % pictures.size()];
-            std::memcpy(picture.pixel(0, 0), &n, 3);  // B, G, R: the paint's number
-            screen.draw(window, picture);
+            if (kind == Paint::colour) {
+                screen.paint(window, n);
+                screen.sync();
+            } else {
+                brisko::testing::BgraImage& picture = pictures[n % pictures.size()];
+                std::memcpy(picture.pixel(0, 0), &n, 3);  // B, G, R: the paint's number
+                screen.draw(window, picture);
+            }
             painted = n;
             std::this_thread::sleep_until(start + n * 33333us);
         }
@@ -300,15 +310,15 @@ BENCHMARK_CAPTURE(afterStillness, window_with_a_background, false)->Iterations(1
 BENCHMARK_CAPTURE(afterStillness, window_drawn_by_its_client, true)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(continuousChange)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(stillScreen)->Iterations(1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(repaint, region_200x200, 1440, 900, Region{600, 300, 200, 200}, false)
+constexpr Region small{600, 300, 200, 200}, large{100, 100, 1240, 700}, whole{0, 0, 1440, 900};
+BENCHMARK_CAPTURE(repaint, region_200x200_colour, 1440, 900, small, Paint::colour, false)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(repaint, region_200x200_desktop, 1440, 900, small, Paint::desktop, false)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(repaint, region_1240x700_colour, 1440, 900, large, Paint::colour, false)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(repaint, region_1240x700_desktop, 1440, 900, large, Paint::desktop, false)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(repaint, full_screen_desktop, 1440, 900, whole, Paint::desktop, false)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(repaint, full_screen_desktop_under_a_host_panel, 1440, 900, whole, Paint::desktop, true)
     ->Iterations(1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(repaint, region_1240x700, 1440, 900, Region{100, 100, 1240, 700}, false)
-    ->Iterations(1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(repaint, full_screen_1440x900, 1440, 900, Region{0, 0, 1440, 900}, false)
-    ->Iterations(1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(repaint, full_screen_under_a_host_panel, 1440, 900, Region{0, 0, 1440, 900}, true)
-    ->Iterations(1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(repaint, full_screen_2880x1800, 2880, 1800, Region{0, 0, 2880, 1800}, false)
+BENCHMARK_CAPTURE(repaint, full_screen_desktop_2880x1800, 2880, 1800, Region{0, 0, 2880, 1800}, Paint::desktop, false)
     ->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace

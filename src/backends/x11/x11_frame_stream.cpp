@@ -1,6 +1,7 @@
 #include "backends/x11/x11_frame_stream.h"
 
 #include <algorithm>
+#include <utility>
 #include <cerrno>
 #include <chrono>
 #include <cmath>
@@ -108,11 +109,10 @@ void X11FrameStream::watchChanges(xcb_connection_t* connection) {
     damage_ = damageReady(connection);
     if (damage_) {
         damageEvent_ = extension(connection, xcb_damage_id)->first_event;
-        rootDamage_ = trackWindow(connection, root);
-        if (xfixesReady(connection)) {
-            damageRegion_ = xcb_generate_id(connection);
-            xcb_xfixes_create_region(connection, damageRegion_, 0, nullptr);
-        }
+        // The root's damage tells where the server drew on the screen, each new part in an
+        // event of its own, so that no frame waits for a reply to learn it.
+        rootDamage_ = xcb_generate_id(connection);
+        xcb_damage_create(connection, rootDamage_, root, XCB_DAMAGE_REPORT_LEVEL_DELTA_RECTANGLES);
         const XcbReply<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
         if (tree) {
@@ -152,6 +152,11 @@ void X11FrameStream::run() {
         const FramePacer::Decision decision = pacer.decide(now);
         if (decision.takeFrame) {
             pacer.frameTaken(now);
+            // The server puts a window it has just mapped on the screen after it tells of the map:
+            // after one round trip, the damage of what it drew up to now is in, and this frame
+            // shows it.
+            connection_.sync();
+            handleEvents(connection);
             const std::optional<std::vector<PixelRect>> drawn = takeDamage(connection);
             std::set<std::int32_t> excluded;
             {
@@ -188,7 +193,12 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
         if (type == 0) {
             // An error: a window that went away between two requests. Nothing to do.
         } else if (damage_ && type == damageEvent_ + XCB_DAMAGE_NOTIFY) {
-            damaged_.push_back(reinterpret_cast<xcb_damage_notify_event_t*>(event)->damage);
+            const auto* notify = reinterpret_cast<xcb_damage_notify_event_t*>(event);
+            if (notify->damage == rootDamage_) {
+                noteDrawn({notify->area.x, notify->area.y, notify->area.width, notify->area.height});
+            } else {
+                damaged_.push_back(notify->damage);
+            }
             changed = true;
         } else if (xfixesEvent_ != 0 && type == xfixesEvent_ + XCB_XFIXES_CURSOR_NOTIFY) {
             changed = true;
@@ -215,31 +225,35 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
     return changed;
 }
 
+// A client that draws in many small pieces must not make the list grow without bound: past a
+// point, one rectangle around all of them stands for them.
+void X11FrameStream::noteDrawn(const PixelRect& area) {
+    constexpr std::size_t maxDrawnAreas = 1024;
+    if (drawn_.size() < maxDrawnAreas) {
+        drawn_.push_back(area);
+        return;
+    }
+    std::int64_t left = area.x, top = area.y, right = area.x + area.width, bottom = area.y + area.height;
+    for (const PixelRect& r : drawn_) {
+        left = std::min(left, r.x);
+        top = std::min(top, r.y);
+        right = std::max(right, r.x + r.width);
+        bottom = std::max(bottom, r.y + r.height);
+    }
+    drawn_.assign(1, {left, top, right - left, bottom - top});
+}
+
 // Re-arms every damage object that reported, before the frame is read: what changes while it
-// is read reports again and makes the next frame. Where the server drew on the screen since the
-// last frame comes from the root window's damage, in root coordinates; absent when the server
-// cannot say.
+// is read reports again and makes the next frame. Returns where the server drew on the screen
+// since the last frame, in root coordinates; absent when the server cannot say.
 std::optional<std::vector<PixelRect>> X11FrameStream::takeDamage(xcb_connection_t* connection) {
+    if (!damage_) return std::nullopt;
     std::sort(damaged_.begin(), damaged_.end());
     damaged_.erase(std::unique(damaged_.begin(), damaged_.end()), damaged_.end());
-    for (const std::uint32_t damage : damaged_) {
-        if (damage != rootDamage_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
-    }
+    damaged_.push_back(rootDamage_);
+    for (const std::uint32_t damage : damaged_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
     damaged_.clear();
-    if (damageRegion_ == XCB_NONE) {
-        if (rootDamage_ != XCB_NONE) xcb_damage_subtract(connection, rootDamage_, XCB_NONE, XCB_NONE);
-        return std::nullopt;
-    }
-    xcb_damage_subtract(connection, rootDamage_, XCB_NONE, damageRegion_);
-    const XcbReply<xcb_xfixes_fetch_region_reply_t> region(
-        xcb_xfixes_fetch_region_reply(connection, xcb_xfixes_fetch_region(connection, damageRegion_), nullptr));
-    if (!region) return std::nullopt;
-    const xcb_rectangle_t* rectangles = xcb_xfixes_fetch_region_rectangles(region.get());
-    std::vector<PixelRect> drawn;
-    for (int i = 0; i < xcb_xfixes_fetch_region_rectangles_length(region.get()); ++i) {
-        drawn.push_back({rectangles[i].x, rectangles[i].y, rectangles[i].width, rectangles[i].height});
-    }
-    return drawn;
+    return std::exchange(drawn_, {});
 }
 
 bool X11FrameStream::pointerMoved(xcb_connection_t* connection) {

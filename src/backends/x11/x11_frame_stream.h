@@ -44,6 +44,7 @@ private:
     // Reads every event the server has sent; true when one of them means the picture may differ.
     bool handleEvents(xcb_connection_t* connection);
     bool pointerMoved(xcb_connection_t* connection);
+    void noteDrawn(const PixelRect& area);
     std::optional<std::vector<PixelRect>> takeDamage(xcb_connection_t* connection);
     void wake();
 
@@ -56,8 +57,8 @@ private:
     std::uint8_t xfixesEvent_ = 0;
     bool damage_ = false;
     std::uint32_t rootDamage_ = XCB_NONE;
-    std::uint32_t damageRegion_ = XCB_NONE;  // an XFIXES region that takes the root's damage
-    std::vector<std::uint32_t> damaged_;  // damage objects that reported since the last frame
+    std::vector<PixelRect> drawn_;        // where the root's damage reported since the last frame
+    std::vector<std::uint32_t> damaged_;  // other damage objects that reported since then
 
     std::mutex filterLock_;
     std::set<std::int32_t> excludedPids_;
