@@ -10,9 +10,11 @@
 #include <unistd.h>
 
 #include <xcb/damage.h>
+#include <xcb/randr.h>
 #include <xcb/xfixes.h>
 
 #include "capture/frame_pacer.h"
+#include "backends/x11/x11_monitors.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -41,9 +43,10 @@ bool damageReady(xcb_connection_t* connection) {
 
 }  // namespace
 
-X11FrameStream::X11FrameStream(std::optional<PixelRect> display, const CaptureFilter& filter,
+X11FrameStream::X11FrameStream(std::uint32_t displayID, std::optional<PixelRect> display, const CaptureFilter& filter,
                                const FrameStreamConfiguration& configuration)
-    : display_(display),
+    : displayID_(displayID),
+      display_(display),
       configuration_(configuration),
       excludedPids_(filter.excludedPids.begin(), filter.excludedPids.end()) {}
 
@@ -104,8 +107,16 @@ void X11FrameStream::wake() {
 // cursor's shape.
 void X11FrameStream::watchChanges(xcb_connection_t* connection) {
     const xcb_window_t root = connection_.root();
-    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    // The root's own configuration changes with the screen's size; RandR tells of monitors that
+    // move or change their mode within it.
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, root, XCB_CW_EVENT_MASK, &mask);
+    if (const auto* randr = extension(connection, xcb_randr_id)) {
+        std::free(xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
+        randrEvent_ = randr->first_event;
+        xcb_randr_select_input(connection, root,
+                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE);
+    }
     damage_ = damageReady(connection);
     if (damage_) {
         damageEvent_ = extension(connection, xcb_damage_id)->first_event;
@@ -157,6 +168,7 @@ void X11FrameStream::run() {
             // shows it.
             connection_.sync();
             handleEvents(connection);
+            if (displayMoved_) followDisplay(connection);
             const std::optional<std::vector<PixelRect>> drawn = takeDamage(connection);
             std::set<std::int32_t> excluded;
             {
@@ -164,6 +176,11 @@ void X11FrameStream::run() {
                 excluded = excludedPids_;
             }
             const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor, drawn);
+            // A display that shrank refuses a read at its former size before the news of it comes.
+            if (!frame && followDisplay(connection)) {
+                pacer.noteChange();
+                continue;
+            }
             if (!frame) {
                 output_->didStopWithError(xcb_connection_has_error(connection)
                                               ? "the connection to the X server was lost"
@@ -202,15 +219,23 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
             changed = true;
         } else if (xfixesEvent_ != 0 && type == xfixesEvent_ + XCB_XFIXES_CURSOR_NOTIFY) {
             changed = true;
+        } else if (randrEvent_ != 0 && (type == randrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                                        type == randrEvent_ + XCB_RANDR_NOTIFY)) {
+            displayMoved_ = true;
+            changed = true;
         } else {
             switch (type) {
                 case XCB_CREATE_NOTIFY:
                     trackWindow(connection, reinterpret_cast<xcb_create_notify_event_t*>(event)->window);
                     [[fallthrough]];
+                case XCB_CONFIGURE_NOTIFY:
+                    if (reinterpret_cast<xcb_configure_notify_event_t*>(event)->window == connection_.root()) {
+                        displayMoved_ = true;
+                    }
+                    [[fallthrough]];
                 case XCB_DESTROY_NOTIFY:
                 case XCB_MAP_NOTIFY:
                 case XCB_UNMAP_NOTIFY:
-                case XCB_CONFIGURE_NOTIFY:
                 case XCB_REPARENT_NOTIFY:
                 case XCB_CIRCULATE_NOTIFY:
                 case XCB_GRAVITY_NOTIFY:
@@ -254,6 +279,22 @@ std::optional<std::vector<PixelRect>> X11FrameStream::takeDamage(xcb_connection_
     for (const std::uint32_t damage : damaged_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
     damaged_.clear();
     return std::exchange(drawn_, {});
+}
+
+// Looks where the stream's display lies now (the main display when it is gone) and, when that
+// moved or changed its size, composes the next frames there; true when it did. The next frame is
+// then read whole, at the new size.
+bool X11FrameStream::followDisplay(xcb_connection_t* connection) {
+    displayMoved_ = false;
+    const std::vector<Monitor> all = monitors(connection, connection_.screen());
+    const auto same = std::find_if(all.begin(), all.end(), [this](const Monitor& m) { return m.id == displayID_; });
+    const Rect bounds = same != all.end() ? same->bounds : mainMonitor(all).bounds;
+    const PixelRect now{std::llround(bounds.x), std::llround(bounds.y), std::llround(bounds.width),
+                        std::llround(bounds.height)};
+    if (now == display_ || now.empty()) return false;
+    display_ = now;
+    composer_ = std::make_unique<FrameComposer>(connection, connection_.screen(), now);
+    return !composer_->prepare();
 }
 
 bool X11FrameStream::pointerMoved(xcb_connection_t* connection) {

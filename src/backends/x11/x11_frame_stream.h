@@ -28,8 +28,10 @@ namespace brisko::platform::x11 {
 // own connection, whose events only it reads.
 class X11FrameStream final : public FrameStream {
 public:
-    // display: where the display lies on the screen; absent when it has gone.
-    X11FrameStream(std::optional<PixelRect> display, const CaptureFilter& filter, const FrameStreamConfiguration& configuration);
+    // display: where the display lies on the screen; absent when it has gone. When the display
+    // changes its size or place later, the frames follow it.
+    X11FrameStream(std::uint32_t displayID, std::optional<PixelRect> display, const CaptureFilter& filter,
+                   const FrameStreamConfiguration& configuration);
     ~X11FrameStream() override;
 
     std::optional<std::string> addOutput(FrameStreamOutput& output) override;
@@ -43,18 +45,22 @@ private:
     void run();
     // Reads every event the server has sent; true when one of them means the picture may differ.
     bool handleEvents(xcb_connection_t* connection);
+    bool followDisplay(xcb_connection_t* connection);
     bool pointerMoved(xcb_connection_t* connection);
     void noteDrawn(const PixelRect& area);
     std::optional<std::vector<PixelRect>> takeDamage(xcb_connection_t* connection);
     void wake();
 
-    const std::optional<PixelRect> display_;
+    const std::uint32_t displayID_;
+    std::optional<PixelRect> display_;
     const FrameStreamConfiguration configuration_;
     FrameStreamOutput* output_ = nullptr;
     X11Connection connection_;
     std::unique_ptr<FrameComposer> composer_;
     std::uint8_t damageEvent_ = 0;
     std::uint8_t xfixesEvent_ = 0;
+    std::uint8_t randrEvent_ = 0;
+    bool displayMoved_ = false;  // the screen or a monitor changed: where is the display now?
     bool damage_ = false;
     std::uint32_t rootDamage_ = XCB_NONE;
     std::vector<PixelRect> drawn_;        // where the root's damage reported since the last frame
