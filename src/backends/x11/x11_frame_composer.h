@@ -13,7 +13,9 @@
 #include "capture/frame_read_plan.h"
 #include "platform/capture_frame.h"
 #include "platform/geometry.h"
+#include "backends/x11/x11_root_background.h"
 #include "backends/x11/x11_shm_image.h"
+#include "backends/x11/x11_top_level_windows.h"
 
 namespace brisko::platform::x11 {
 
@@ -44,21 +46,33 @@ public:
     std::optional<std::pair<std::int32_t, std::int32_t>> lastPointer() const { return lastPointer_; }
     // True when the composer found a left-out window on the display at the last picture.
     bool hadHoles() const { return hadHoles_; }
+    // The window the composer keeps on the server, if any (see RootBackground).
+    xcb_window_t ownWindow() const { return rootBackground_ ? rootBackground_->window() : XCB_NONE; }
 
 private:
     struct Stacked {
         xcb_window_t window = XCB_NONE;
         PixelRect bounds;
         std::optional<std::int32_t> pid;
+        std::vector<PixelRect> shape;
+        bool translucent = false;
+    };
+    struct WindowLook {
+        std::vector<PixelRect> shape;
+        bool alpha = false;
     };
 
     const std::vector<Stacked>& stack();
+    std::vector<WindowLook> lookOf(const std::vector<TopLevelWindow>& windows);
+    bool compositingManagerRuns();
     std::vector<ExclusionHole> holes(const std::set<std::int32_t>& excludedPids);
     std::optional<FrameReadPlan> readServerPixels(const std::optional<std::vector<PixelRect>>& damage, bool layoutChanged);
     void restoreUnderCursor(std::uint8_t* frame);
-    void drawHole(std::uint8_t* frame, const ExclusionHole& hole, const std::vector<Stacked>& windows);
-    void fillBackground(std::uint8_t* frame, const PixelRect& area);
-    void copyIn(std::uint8_t* frame, const std::uint8_t* pixels, const PixelRect& area);
+    // holes: around every hole of this picture.
+    void drawHole(std::uint8_t* frame, const ExclusionHole& hole, const std::vector<Stacked>& windows,
+                  const PixelRect& holes);
+    void fillBackground(std::uint8_t* frame, const PixelRect& area, const PixelRect& holes);
+    void copyIn(std::uint8_t* frame, const std::uint8_t* pixels, const PixelRect& area, bool blend = false);
     // Where it drew the pointer, in the display's pixels, keeping what lay there; nothing when it
     // drew none.
     std::optional<PixelRect> drawCursor(std::uint8_t* frame);
@@ -69,6 +83,9 @@ private:
     const PixelRect display_;
     bool composite_ = false;
     bool xfixes_ = false;
+    bool shape_ = false;
+    bool compositingManager_ = false;
+    std::unique_ptr<RootBackground> rootBackground_;
     xcb_atom_t wmState_ = XCB_NONE;
     std::vector<xcb_atom_t> wallpaperAtoms_;
     std::unique_ptr<ShmImage> frame_;

@@ -225,9 +225,13 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
             changed = true;
         } else {
             switch (type) {
-                case XCB_CREATE_NOTIFY:
-                    trackWindow(connection, reinterpret_cast<xcb_create_notify_event_t*>(event)->window);
+                case XCB_CREATE_NOTIFY: {
+                    // The composer's own window changes whenever it is read: watching it would
+                    // make frames without end.
+                    const xcb_window_t created = reinterpret_cast<xcb_create_notify_event_t*>(event)->window;
+                    if (created != composer_->ownWindow()) trackWindow(connection, created);
                     [[fallthrough]];
+                }
                 case XCB_CONFIGURE_NOTIFY:
                     if (reinterpret_cast<xcb_configure_notify_event_t*>(event)->window == connection_.root()) {
                         displayMoved_ = true;
@@ -258,14 +262,9 @@ void X11FrameStream::noteDrawn(const PixelRect& area) {
         drawn_.push_back(area);
         return;
     }
-    std::int64_t left = area.x, top = area.y, right = area.x + area.width, bottom = area.y + area.height;
-    for (const PixelRect& r : drawn_) {
-        left = std::min(left, r.x);
-        top = std::min(top, r.y);
-        right = std::max(right, r.x + r.width);
-        bottom = std::max(bottom, r.y + r.height);
-    }
-    drawn_.assign(1, {left, top, right - left, bottom - top});
+    PixelRect around = area;
+    for (const PixelRect& r : drawn_) around = unite(around, r);
+    drawn_.assign(1, around);
 }
 
 // Re-arms every damage object that reported, before the frame is read: what changes while it
