@@ -94,28 +94,14 @@ public:
 
     const std::string& name() const { return display_.name(); }
 
+    // A window painted by the server in its background colour.
     xcb_window_t map(int x, int y, int width, int height, std::uint32_t color = 0) {
-        const xcb_window_t window = xcb_generate_id(connection_);
-        const std::uint32_t values[] = {color, 1};
-        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root, static_cast<std::int16_t>(x),
-                          static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width),
-                          static_cast<std::uint16_t>(height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
-                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
-        xcb_map_window(connection_, window);
-        sync();
-        return window;
+        return create(x, y, width, height, XCB_CW_BACK_PIXEL, color);
     }
     // A window without a background, mapped, then filled by its client as a toolkit does once
     // the window shows.
     xcb_window_t mapThenFill(int x, int y, int width, int height, std::uint32_t color) {
-        const xcb_window_t window = xcb_generate_id(connection_);
-        const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 1};
-        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root, static_cast<std::int16_t>(x),
-                          static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width),
-                          static_cast<std::uint16_t>(height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
-                          XCB_CW_BACK_PIXMAP | XCB_CW_OVERRIDE_REDIRECT, values);
-        xcb_map_window(connection_, window);
-        sync();
+        const xcb_window_t window = create(x, y, width, height, XCB_CW_BACK_PIXMAP, XCB_BACK_PIXMAP_NONE);
         const xcb_gcontext_t gc = xcb_generate_id(connection_);
         xcb_create_gc(connection_, gc, window, XCB_GC_FOREGROUND, &color);
         const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height)};
@@ -151,6 +137,18 @@ public:
     void sync() { std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr)); }
 
 private:
+    xcb_window_t create(int x, int y, int width, int height, std::uint32_t backgroundMask, std::uint32_t background) {
+        const xcb_window_t window = xcb_generate_id(connection_);
+        const std::uint32_t values[] = {background, 1};
+        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root, static_cast<std::int16_t>(x),
+                          static_cast<std::int16_t>(y), static_cast<std::uint16_t>(width),
+                          static_cast<std::uint16_t>(height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
+                          backgroundMask | XCB_CW_OVERRIDE_REDIRECT, values);
+        xcb_map_window(connection_, window);
+        sync();
+        return window;
+    }
+
     brisko::testing::XvfbDisplay display_;
     xcb_connection_t* connection_;
     const xcb_screen_t* screen_ = nullptr;
