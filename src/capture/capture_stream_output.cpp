@@ -28,7 +28,7 @@ CaptureStreamOutput::CaptureStreamOutput(RecordSink sink, std::size_t lanes)
 CaptureStreamOutput::CaptureStreamOutput(RecordSink sink, std::size_t lanes, const DeflaterFactory& makeDeflater)
     : tileSize_(processState().captureTileSize), sink_(std::move(sink)), pool_(lanes) {
     for (std::size_t lane = 0; lane < pool_.lanes(); ++lane) {
-        lanes_.push_back({makeDeflater(), std::vector<std::uint8_t>(size(tileSize_ * tileSize_ * 4)), {}, 0});
+        lanes_.push_back({makeDeflater(), std::vector<std::uint8_t>(size(tileSize_ * tileSize_ * 4)), {}, 0, 0, 0, {}});
     }
 }
 
@@ -155,9 +155,29 @@ void CaptureStreamOutput::compressTile(std::size_t laneIndex, std::size_t index)
         input = {gathered, bytes};
     }
     const std::span<std::uint8_t> output(lane.compressed.data() + lane.used, deflateCapacity(bytes));
-    const std::size_t length = lane.deflater->deflateRaw(input, output);
+    const std::size_t length = deflateTile(lane, input, output);
     compressed_[index] = {laneIndex, lane.used, length};
     lane.used += length;
+}
+
+// A tile of one colour compresses to the same bytes as the last one of that colour and size,
+// which a window's plain background repainted gives again and again.
+std::size_t CaptureStreamOutput::deflateTile(Lane& lane, std::span<const std::uint8_t> input,
+                                             std::span<std::uint8_t> output) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, input.data(), sizeof pixel);
+    const bool oneColour = isOneColour(input);
+    if (oneColour && lane.oneColourBytes == input.size() && lane.oneColourPixel == pixel) {
+        std::memcpy(output.data(), lane.oneColourCompressed.data(), lane.oneColourCompressed.size());
+        return lane.oneColourCompressed.size();
+    }
+    const std::size_t length = lane.deflater->deflateRaw(input, output);
+    if (oneColour && length > 0) {
+        lane.oneColourBytes = input.size();
+        lane.oneColourPixel = pixel;
+        lane.oneColourCompressed.assign(output.begin(), output.begin() + static_cast<std::ptrdiff_t>(length));
+    }
+    return length;
 }
 
 }  // namespace brisko

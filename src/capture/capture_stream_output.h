@@ -48,6 +48,8 @@ private:
     void scanTileRow(const platform::BgraFrameView& frame, std::size_t row);
     void compressTiles();
     void compressTile(std::size_t lane, std::size_t index);
+    struct Lane;
+    static std::size_t deflateTile(Lane& lane, std::span<const std::uint8_t> input, std::span<std::uint8_t> output);
 
     const std::int64_t tileSize_;
     RecordSink sink_;
@@ -75,12 +77,16 @@ private:
     std::vector<EncodedTile> encoded_;
     std::vector<std::uint8_t> record_;
 
-    // Per lane: its compressor, its tile gathering buffer, and the area it compresses into.
+    // Per lane: its compressor, its tile gathering buffer, the area it compresses into, and the
+    // last tile of one colour it compressed, with its compressed bytes.
     struct Lane {
         std::unique_ptr<RawDeflater> deflater;
         std::vector<std::uint8_t> gathered;
         OverwriteBuffer compressed;
         std::size_t used = 0;
+        std::size_t oneColourBytes = 0;  // none yet when 0
+        std::uint32_t oneColourPixel = 0;
+        std::vector<std::uint8_t> oneColourCompressed;
     };
     std::vector<Lane> lanes_;
 };

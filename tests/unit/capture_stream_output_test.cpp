@@ -238,6 +238,18 @@ TEST_F(CaptureStreamOutputTest, TheReaderFollowsALongSession) {
 namespace brisko {
 namespace {
 
+TEST_F(CaptureStreamOutputTest, TilesOfOneColourDecodeAtEverySizeAndColour) {
+    const auto solid = [](std::uint32_t bgra) {
+        BgraImage image = noiseImage(130, 70, 1);
+        for (std::int64_t y = 0; y < 70; ++y) {
+            for (std::int64_t x = 0; x < 130; ++x) std::memcpy(image.pixel(x, y), &bgra, 4);
+        }
+        return image;
+    };
+    send(noiseImage(130, 70, 1));
+    for (const std::uint32_t bgra : {0xff102030u, 0xff405060u, 0xff102030u}) EXPECT_EQ(send(solid(bgra)).tiles.size(), 6u);
+}
+
 TEST(TouchedTiles, AreTheGridCellsTheAreasReachInsideTheFrame) {
     using R = platform::PixelRect;
     const std::vector<std::pair<std::vector<R>, std::vector<std::uint8_t>>> cases = {
