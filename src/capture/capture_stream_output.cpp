@@ -94,7 +94,13 @@ void CaptureStreamOutput::findChangedTiles(const platform::BgraFrameView& frame)
         candidates_.assign(size(columns * rows), 1);
     }
     changed_.assign(size(columns * rows), 0);
-    pool_.run(size(rows), [&](std::size_t, std::size_t row) { scanTileRow(frame, row); });
+    // A few tiles are compared sooner than the other lanes wake up.
+    constexpr std::ptrdiff_t fewTiles = 64;
+    if (std::count(candidates_.begin(), candidates_.end(), 1) <= fewTiles) {
+        for (std::int64_t row = 0; row < rows; ++row) scanTileRow(frame, size(row));
+    } else {
+        pool_.run(size(rows), [&](std::size_t, std::size_t row) { scanTileRow(frame, row); });
+    }
     tiles_.clear();
     for (std::int64_t row = 0; row < rows; ++row) {
         for (std::int64_t column = 0; column < columns; ++column) {
