@@ -168,7 +168,7 @@ void X11FrameStream::run() {
             // shows it.
             connection_.sync();
             handleEvents(connection);
-            if (displayMoved_) followDisplay(connection);
+            if (displayMoved_ && followDisplay(connection) == Followed::refused) return;
             const std::optional<std::vector<PixelRect>> drawn = takeDamage(connection);
             std::set<std::int32_t> excluded;
             {
@@ -177,7 +177,9 @@ void X11FrameStream::run() {
             }
             const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor, drawn);
             // A display that shrank refuses a read at its former size before the news of it comes.
-            if (!frame && followDisplay(connection)) {
+            const Followed followed = frame ? Followed::same : followDisplay(connection);
+            if (followed == Followed::refused) return;
+            if (followed == Followed::moved) {
                 pacer.noteChange();
                 continue;
             }
@@ -224,6 +226,11 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
             displayMoved_ = true;
             changed = true;
         } else {
+            // The root's own configuration changes with the screen's size.
+            if (type == XCB_CONFIGURE_NOTIFY &&
+                reinterpret_cast<xcb_configure_notify_event_t*>(event)->window == connection_.root()) {
+                displayMoved_ = true;
+            }
             switch (type) {
                 case XCB_CREATE_NOTIFY: {
                     // The composer's own window changes whenever it is read: watching it would
@@ -232,14 +239,10 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
                     if (created != composer_->ownWindow()) trackWindow(connection, created);
                     [[fallthrough]];
                 }
-                case XCB_CONFIGURE_NOTIFY:
-                    if (reinterpret_cast<xcb_configure_notify_event_t*>(event)->window == connection_.root()) {
-                        displayMoved_ = true;
-                    }
-                    [[fallthrough]];
                 case XCB_DESTROY_NOTIFY:
                 case XCB_MAP_NOTIFY:
                 case XCB_UNMAP_NOTIFY:
+                case XCB_CONFIGURE_NOTIFY:
                 case XCB_REPARENT_NOTIFY:
                 case XCB_CIRCULATE_NOTIFY:
                 case XCB_GRAVITY_NOTIFY:
@@ -281,19 +284,23 @@ std::optional<std::vector<PixelRect>> X11FrameStream::takeDamage(xcb_connection_
 }
 
 // Looks where the stream's display lies now (the main display when it is gone) and, when that
-// moved or changed its size, composes the next frames there; true when it did. The next frame is
-// then read whole, at the new size.
-bool X11FrameStream::followDisplay(xcb_connection_t* connection) {
+// moved or changed its size, composes the next frames there, starting with a whole one. When it
+// cannot be captured there, the stream stops.
+X11FrameStream::Followed X11FrameStream::followDisplay(xcb_connection_t* connection) {
     displayMoved_ = false;
     const std::vector<Monitor> all = monitors(connection, connection_.screen());
     const auto same = std::find_if(all.begin(), all.end(), [this](const Monitor& m) { return m.id == displayID_; });
     const Rect bounds = same != all.end() ? same->bounds : mainMonitor(all).bounds;
     const PixelRect now{std::llround(bounds.x), std::llround(bounds.y), std::llround(bounds.width),
                         std::llround(bounds.height)};
-    if (now == display_ || now.empty()) return false;
+    if (now == display_ || now.empty()) return Followed::same;
     display_ = now;
     composer_ = std::make_unique<FrameComposer>(connection, connection_.screen(), now);
-    return !composer_->prepare();
+    if (const auto error = composer_->prepare()) {
+        output_->didStopWithError(*error);
+        return Followed::refused;
+    }
+    return Followed::moved;
 }
 
 bool X11FrameStream::pointerMoved(xcb_connection_t* connection) {

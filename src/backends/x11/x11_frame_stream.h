@@ -45,7 +45,8 @@ private:
     void run();
     // Reads every event the server has sent; true when one of them means the picture may differ.
     bool handleEvents(xcb_connection_t* connection);
-    bool followDisplay(xcb_connection_t* connection);
+    enum class Followed { same, moved, refused };
+    Followed followDisplay(xcb_connection_t* connection);
     bool pointerMoved(xcb_connection_t* connection);
     void noteDrawn(const PixelRect& area);
     std::optional<std::vector<PixelRect>> takeDamage(xcb_connection_t* connection);
