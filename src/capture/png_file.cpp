@@ -1,57 +1,13 @@
 #include "capture/png_file.h"
 
-#include <spng.h>
-
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <memory>
-#include <optional>
 #include <random>
 #include <system_error>
-#include <vector>
+
+#include "capture/png_encoder.h"
 
 namespace brisko {
 namespace {
-
-std::vector<std::uint8_t> rgbRows(const platform::BgraFrameView& picture) {
-    std::vector<std::uint8_t> rgb(static_cast<std::size_t>(picture.width * picture.height * 3));
-    std::uint8_t* out = rgb.data();
-    for (std::int64_t y = 0; y < picture.height; ++y) {
-        const std::uint8_t* in = picture.base + y * picture.bytesPerRow;
-        for (std::int64_t x = 0; x < picture.width; ++x, in += 4, out += 3) {
-            out[0] = in[2];
-            out[1] = in[1];
-            out[2] = in[0];
-        }
-    }
-    return rgb;
-}
-
-struct FreeDeleter {
-    void operator()(void* p) const { std::free(p); }
-};
-
-std::optional<std::vector<std::uint8_t>> encodePng(const platform::BgraFrameView& picture) {
-    if (picture.base == nullptr || picture.width <= 0 || picture.height <= 0) return std::nullopt;
-    const std::unique_ptr<spng_ctx, void (*)(spng_ctx*)> png(spng_ctx_new(SPNG_CTX_ENCODER), &spng_ctx_free);
-    if (!png) return std::nullopt;
-    spng_ihdr header{};
-    header.width = static_cast<std::uint32_t>(picture.width);
-    header.height = static_cast<std::uint32_t>(picture.height);
-    header.bit_depth = 8;
-    header.color_type = SPNG_COLOR_TYPE_TRUECOLOR;
-    const std::vector<std::uint8_t> rgb = rgbRows(picture);
-    int error = spng_set_option(png.get(), SPNG_ENCODE_TO_BUFFER, 1);
-    if (error == 0) error = spng_set_ihdr(png.get(), &header);
-    if (error == 0) error = spng_encode_image(png.get(), rgb.data(), rgb.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE);
-    if (error != 0) return std::nullopt;
-    std::size_t length = 0;
-    const std::unique_ptr<void, FreeDeleter> bytes(spng_get_png_buffer(png.get(), &length, &error));
-    if (!bytes || error != 0) return std::nullopt;
-    const auto* first = static_cast<const std::uint8_t*>(bytes.get());
-    return std::vector<std::uint8_t>(first, first + length);
-}
 
 // A name beside the destination that no file has yet, so that two writers never share one.
 std::filesystem::path partialName(const std::filesystem::path& destination) {
@@ -64,23 +20,14 @@ std::filesystem::path partialName(const std::filesystem::path& destination) {
     }
 }
 
-bool writeWhole(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    return static_cast<bool>(file);
-}
-
 }  // namespace
 
 bool writePngFile(const std::string& path, const platform::BgraFrameView& picture) {
-    const std::optional<std::vector<std::uint8_t>> png = encodePng(picture);
-    if (!png || path.empty()) return false;
+    if (picture.base == nullptr || picture.width <= 0 || picture.height <= 0 || path.empty()) return false;
     const std::filesystem::path destination(path);
     const std::filesystem::path partial = partialName(destination);
     std::error_code error;
-    if (writeWhole(partial, *png)) {
+    if (encodePngFile(partial, picture)) {
         std::filesystem::rename(partial, destination, error);
         if (!error) return true;
     }

@@ -27,13 +27,21 @@ std::optional<platform::CaptureDisplay> mainSCDisplay(const platform::ShareableC
     return main != content.displays.end() ? *main : content.displays.front();
 }
 
+std::vector<std::size_t> applicationsWithPids(const platform::ShareableContent& content,
+                                              const std::vector<std::int32_t>& pids) {
+    const std::set<std::int32_t> listed(pids.begin(), pids.end());
+    std::vector<std::size_t> positions;
+    for (std::size_t i = 0; i < content.applications.size(); ++i) {
+        if (listed.contains(content.applications[i].processID)) positions.push_back(i);
+    }
+    return positions;
+}
+
 platform::CaptureFilter briskoExcludingFilter(const platform::CaptureDisplay& display,
                                               const platform::ShareableContent& content) {
-    const std::vector<std::int32_t> hostPids = briskoExcludedPids(briskoCandidates(content));
-    const std::set<std::int32_t> hosts(hostPids.begin(), hostPids.end());
     platform::CaptureFilter filter{display, {}};
-    for (const platform::CaptureApplication& app : content.applications) {
-        if (hosts.contains(app.processID)) filter.excludedPids.push_back(app.processID);
+    for (const std::size_t i : applicationsWithPids(content, briskoExcludedPids(briskoCandidates(content)))) {
+        filter.excludedPids.push_back(content.applications[i].processID);
     }
     std::sort(filter.excludedPids.begin(), filter.excludedPids.end());
     return filter;

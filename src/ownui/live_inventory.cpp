@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "cli/process_state.h"
+#include "input/unicode_text.h"
 #include "ownui/owner_identity.h"
 
 namespace brisko {
@@ -25,7 +26,8 @@ std::vector<platform::ScreenWindow> onScreenWindows() {
 std::optional<std::string> executableName(std::int32_t pid) {
     const std::optional<std::string> path = processState().services.windows.executablePath(pid);
     if (!path) return std::nullopt;
-    return lastPathComponent(*path);
+    // A path is bytes; the name compared with the host's is text.
+    return lastPathComponent(repairUtf8(*path));
 }
 
 bool pidIsBrisko(std::int32_t pid) {

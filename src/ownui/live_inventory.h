@@ -15,7 +15,8 @@ namespace brisko {
 // On-screen windows, frontmost first; empty when the list is unavailable.
 std::vector<platform::ScreenWindow> onScreenWindows();
 
-// The last path component of the process's executable file; absent when it cannot be read.
+// The last path component of the process's executable file, invalid UTF-8 read as U+FFFD; absent
+// when it cannot be read.
 std::optional<std::string> executableName(std::int32_t pid);
 
 // Whether the process is the host. The first answer for a pid, positive or negative, is kept in

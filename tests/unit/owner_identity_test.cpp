@@ -53,10 +53,12 @@ TEST_F(OwnerIdentityTest, ExecutableNameIsTheLastPathComponent) {
         {3, "/opt/tools/"},
         {4, "/"},
         {5, "/usr/bin/with space"},
+        {7, "/opt/a\xFF\xC3" "b"},
     };
     const std::vector<std::pair<std::int32_t, Text>> cases = {
         {1, "brisko-mac-menubar"}, {2, "brisko-mac-menubar"}, {3, "tools"},
         {4, "/"},                  {5, "with space"},         {6, std::nullopt},
+        {7, "a\uFFFD\uFFFDb"},  // bytes that are no UTF-8 read as replacement characters
     };
     for (const auto& [pid, name] : cases) EXPECT_EQ(executableName(pid), name) << pid;
 }
@@ -133,6 +135,7 @@ TEST_F(OwnerIdentityTest, FilterExcludesTheHostApplicationsPidsAscending) {
     // Selection is by pid over every listed application, so a second entry of a host pid goes too.
     const platform::ShareableContent twice{{display}, {{900, "org.helper"}, {900, "com.brisko.desktop"}}};
     EXPECT_EQ(briskoExcludingFilter(display, twice).excludedPids, (std::vector<std::int32_t>{900, 900}));
+    EXPECT_EQ(applicationsWithPids(content, {3, 900, 77}), (std::vector<std::size_t>{0, 3}));
 }
 
 }  // namespace
