@@ -4,10 +4,14 @@
 #include <chrono>
 #include <thread>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <unistd.h>
 #include <random>
 #include <sstream>
 
 #include "capture_stream_decoder.h"
+#include "support/child_process.h"
 #include "support/capture_stream_process.h"
 #include "support/screen_control.h"
 #include "support/x11_display_test.h"
@@ -161,6 +165,103 @@ TEST_F(Capture, AWindowHiddenUnderTheHostIsSeenChanging) {
     ASSERT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, a, red); }));
     app.paint("a", green);
     EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, a, green); }));
+}
+
+TEST_F(Capture, EveryFrameOfSmallChangesIsExactlyAFreshPictureOfTheScreen) {
+    WindowClientProcess& app = startClient();
+    app.map("a", Box{100, 100, 400, 300}.spec(red));
+    app.map("b", Box{900, 500, 30, 20}.spec(green));
+    CaptureStreamProcess stream(display().name());
+    int pointerX = 1400, pointerY = 860;
+    const auto showsTheScreen = [&](const std::string& step) {
+        const RgbaPicture expected = screen->screen();  // read whole, without the pointer's sprite
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return samePixels(p, expected, pointerX, pointerY, 24); }))
+            << step;
+    };
+    showsTheScreen("first frame");
+    const std::vector<std::pair<std::string, std::function<void()>>> steps = {
+        {"a small window repainted", [&] { app.paint("b", 0x123456); }},
+        {"the pointer moved onto a window", [&] { screen->warpPointer(pointerX = 200, pointerY = 200); }},
+        {"the window under the pointer repainted", [&] { app.paint("a", 0x654321); }},
+        {"the pointer moved off it", [&] { screen->warpPointer(pointerX = 1000, pointerY = 100); }},
+        {"a window mapped and another unmapped", [&] { app.map("c", Box{300, 700, 50, 50}.spec(0xabcdef)); app.unmap("b"); }},
+    };
+    for (const auto& [name, step] : steps) {
+        step();
+        showsTheScreen(name);
+    }
+}
+
+TEST_F(Capture, BeneathTheHostIsTheRootWindowsOwnBackground) {
+    const Box host{300, 200, 300, 200};
+    screen->setRootBackground(0x5a6b7c);
+    startClient(menubarClientPath()).map("panel", host.spec(hostBlue));
+    CaptureStreamProcess stream(display().name());
+    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
+    screen->setWallpaper(wallpaper);
+}
+
+TEST_F(Capture, BeneathTheHostWindowsShowOnlyWhereTheirShapesCover) {
+    const Box under{300, 200, 400, 300}, shaped{350, 250, 200, 100}, host{300, 200, 300, 200};
+    WindowClientProcess& app = startClient();
+    app.map("under", under.spec(red));
+    app.map("shaped", shaped.spec(green) + " shape=100,50");
+    // The host's panel covers only its top-left 300 x 150: below that, the screen as it is.
+    startClient(menubarClientPath()).map("panel", host.spec(hostBlue) + " shape=300,150");
+    CaptureStreamProcess stream(display().name());
+    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) {
+        return filled(p, {350, 250, 100, 50}, green) && filled(p, {450, 250, 150, 100}, red) &&
+               filled(p, {350, 300, 100, 50}, red) && filled(p, {300, 350, 400, 150}, red);
+    }));
+}
+
+TEST_F(Capture, BeneathTheHostTranslucentWindowsAreBlendedAsTheCompositingManagerShowsThem) {
+    e2e::ChildProcess compositor("/usr/bin/xcompmgr", {}, {{"DISPLAY", display().name()}});
+    WindowClientProcess& app = startClient();
+    app.map("under", Box{300, 200, 400, 200}.spec(red));
+    app.map("glass", Box{300, 200, 400, 200}.spec(0x0000ff) + " alpha=80");
+    startClient(menubarClientPath()).map("panel", Box{300, 200, 200, 200}.spec(hostBlue));
+    std::uint32_t blended = 0;  // the compositing manager's blend, where no host window lies
+    for (int tries = 0; tries < 100 && (blended == 0 || blended == red || blended == 0x000080); ++tries) {
+        std::this_thread::sleep_for(50ms);
+        blended = screen->screen().rgb(650, 300);
+    }
+    CaptureStreamProcess stream(display().name());
+    const auto near = [](std::uint32_t a, std::uint32_t b) {
+        for (int shift = 0; shift < 24; shift += 8) {
+            if (std::abs(int(a >> shift & 0xff) - int(b >> shift & 0xff)) > 2) return false;
+        }
+        return true;
+    };
+    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return near(p.rgb(350, 300), blended); }))
+        << std::hex << blended << " " << stream.picture().rgb(350, 300);
+}
+
+TEST(CaptureOfADisplayThatChangesSize, GoesOnAtTheNewSizeFromAWholeFrame) {
+    const fs::path config = fs::temp_directory_path() / ("brisko-dummy-" + std::to_string(::getpid()) + ".conf");
+    std::ofstream(config) << "Section \"Device\"\n Identifier \"d\"\n Driver \"dummy\"\n VideoRam 64000\nEndSection\n"
+                             "Section \"Monitor\"\n Identifier \"m\"\n HorizSync 5-1000\n VertRefresh 5-200\n"
+                             " Modeline \"1440x900\" 106.5 1440 1528 1672 1904 900 903 909 934\n"
+                             " Modeline \"1024x768\" 63.5 1024 1072 1176 1328 768 771 775 798\nEndSection\n"
+                             "Section \"Screen\"\n Identifier \"s\"\n Device \"d\"\n Monitor \"m\"\n DefaultDepth 24\n"
+                             " SubSection \"Display\"\n Depth 24\n Modes \"1440x900\" \"1024x768\"\n EndSubSection\nEndSection\n";
+    e2e::ChildProcess server("/usr/lib/xorg/Xorg", {"-config", config.string(), "-logfile", config.string() + ".log",
+                                                    "-nolisten", "tcp", "-noreset", "-displayfd", "1"});
+    const std::optional<std::string> number = server.readLine(20s);
+    fs::remove(config);
+    ASSERT_TRUE(number) << "Xorg with the dummy driver did not start";
+    const std::string name = ":" + *number;
+    CaptureStreamProcess stream(name);
+    ASSERT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1440 && p.height == 900; }));
+    const ProgramResult resized = runProgram("/usr/bin/xrandr", {"--output", "DUMMY0", "--mode", "1024x768"}, "", {{"DISPLAY", name}});
+    ASSERT_EQ(resized.status, 0) << resized.err;
+    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1024 && p.height == 768; }));
+    WindowClientProcess app(windowClientPath(), name);
+    app.map("late", Box{900, 600, 100, 100}.spec(green));
+    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return filled(p, {900, 600, 100, 100}, green); }));
+    stream.closeInput();
+    EXPECT_EQ(stream.wait(), 0);
+    EXPECT_EQ(stream.errors(), "");
 }
 
 // Keeps records coming: a window repainted in a new colour every few milliseconds.

@@ -4,6 +4,8 @@
 #include <optional>
 
 #include "capture/capture_stream_output.h"
+#include "capture/frame_read_plan.h"
+#include "capture/tile_mask.h"
 #include "fake/fake_platform.h"
 #include "support/capture_records.h"
 
@@ -228,6 +230,68 @@ TEST_F(CaptureStreamOutputTest, TheReaderFollowsALongSession) {
         const std::int64_t touched = testing::retypeTiles(frame, 0.04 * (step % 4 + 1), step);
         EXPECT_EQ(send(frame).tiles.size(), static_cast<std::size_t>(touched));
     }
+}
+
+}  // namespace
+}  // namespace brisko
+
+namespace brisko {
+namespace {
+
+TEST_F(CaptureStreamOutputTest, TilesOfOneColourDecodeAtEverySizeAndColour) {
+    const auto solid = [](std::uint32_t bgra) {
+        BgraImage image = noiseImage(130, 70, 1);
+        for (std::int64_t y = 0; y < 70; ++y) {
+            for (std::int64_t x = 0; x < 130; ++x) std::memcpy(image.pixel(x, y), &bgra, 4);
+        }
+        return image;
+    };
+    send(noiseImage(130, 70, 1));
+    for (const std::uint32_t bgra : {0xff102030u, 0xff405060u, 0xff102030u}) EXPECT_EQ(send(solid(bgra)).tiles.size(), 6u);
+}
+
+TEST(TouchedTiles, AreTheGridCellsTheAreasReachInsideTheFrame) {
+    using R = platform::PixelRect;
+    const std::vector<std::pair<std::vector<R>, std::vector<std::uint8_t>>> cases = {
+        {{}, {0, 0, 0, 0, 0, 0}},
+        {{{63, 63, 2, 2}}, {1, 1, 0, 1, 1, 0}},                     // a corner shared by four cells
+        {{{128, 64, 2, 6}, {64, 0, 0, 10}}, {0, 0, 0, 0, 0, 1}},    // the last, narrow cell; nothing from an empty area
+        {{{-10, -10, 20, 20}, {200, 0, 5, 5}}, {1, 0, 0, 0, 0, 0}},  // clipped; outside the frame
+    };
+    std::vector<std::uint8_t> cells;
+    for (const auto& [areas, expected] : cases) {
+        markTouchedTiles(areas, 130, 70, 64, cells);
+        EXPECT_EQ(cells, expected);
+    }
+}
+
+TEST(FrameReadPlan, ReadsTheRowsTheDamageSpansOrTheWholeDisplay) {
+    using R = platform::PixelRect;
+    const platform::PixelSize display{1000, 800};
+    const std::vector<R> damage = {{10, 300, 5, 5}, {900, 100, 200, 50}, {0, 900, 10, 10}};
+    EXPECT_EQ(planFrameRead(display, damage, false),
+              (FrameReadPlan{100, 205, std::vector<R>{{10, 300, 5, 5}, {900, 100, 100, 50}}}));
+    EXPECT_EQ(planFrameRead(display, std::vector<R>{}, false), (FrameReadPlan{0, 0, std::vector<R>{}}));
+    EXPECT_EQ(planFrameRead(display, std::nullopt, false), (FrameReadPlan{0, 800, std::nullopt}));
+    EXPECT_EQ(planFrameRead(display, damage, true), (FrameReadPlan{0, 800, std::nullopt}));
+}
+
+TEST_F(CaptureStreamOutputTest, OnlyTilesWhereTheSourceSaysItChangedAreCompared) {
+    const BgraImage first = noiseImage(130, 70, 1), second = noiseImage(130, 70, 2), third = noiseImage(130, 70, 3);
+    send(first);
+    const std::vector<platform::PixelRect> topLeft = {{10, 10, 5, 5}};
+    platform::BgraFrameView hinted = second.view();
+    hinted.changedAreas = topLeft;
+    EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
+    const auto records = reader.readNew();
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(rects(records[0]), (std::vector<TileRect>{{0, 0, 64, 64}}));
+    // After a frame that was ignored, what the source says changed since then is not all that
+    // changed since the reference: everything is compared.
+    EXPECT_EQ(output.encodeFrame(third.view(), 1), FrameOutcome::ignored);
+    EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
+    EXPECT_EQ(reader.readNew().at(0).tiles.size(), 5u) << "all but the tile taken already";
+    EXPECT_EQ(reader.decoder().picture(), rgbaOf(second));
 }
 
 }  // namespace

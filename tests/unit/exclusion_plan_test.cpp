@@ -33,6 +33,11 @@ TEST(ExclusionPlan, HolesAreRedrawnFromTheWindowsThatStay) {
          {{1, {900, 700, 300, 300}, false}, {9, {950, 750, 200, 200}, true}, {8, {-50, -50, 40, 40}, true},
           {7, {960, 760, 10, 10}, true}},
          {{{950, 750, 50, 50}, {{1, {950, 750, 50, 50}}}}, {{960, 760, 10, 10}, {{1, {960, 760, 10, 10}}}}}},
+        {"a hole for each part of a shaped host; a shaped window drawn where it covers, a translucent one blended",
+         {{1, {0, 0, 100, 100}, false, {{0, 0, 100, 40}}}, {2, {0, 0, 100, 100}, false, {}, true},
+          {9, {10, 10, 50, 50}, true, {{10, 10, 50, 20}, {10, 30, 20, 30}}}},
+         {{{10, 10, 50, 20}, {{1, {10, 10, 50, 20}}, {2, {10, 10, 50, 20}, true}}},
+          {{10, 30, 20, 30}, {{1, {10, 30, 20, 10}}, {2, {10, 30, 20, 30}, true}}}}},
     };
     for (const Case& c : cases) EXPECT_EQ(planExclusion(display, c.bottomToTop), c.expected) << c.name;
 }

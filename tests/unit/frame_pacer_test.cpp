@@ -11,11 +11,12 @@ namespace {
 using Decision = FramePacer::Decision;
 
 // What happens at one moment: an optional change, then the pacer asked; a frame is taken when it
-// says so.
+// says so, and shows something new unless `showsNothing`.
 struct Moment {
     double atMs;
     bool change;
     Decision expected;
+    bool showsNothing = false;
 };
 
 struct Case {
@@ -43,20 +44,26 @@ TEST(FramePacer, TakesFramesOnlyAfterChangesAndNeverSoonerThanTheInterval) {
         {"an idle source looks again at the poll period",
          40.0,
          {{0, false, {true, std::nullopt}}, {5, false, {false, 40.0}}, {30, true, {false, 70.0}}}},
+        {"a frame that showed nothing holds the next back by the gap only, and the interval runs from the last that showed something",
+         std::nullopt,
+         {{0, false, {true, std::nullopt}}, {500, true, {true, std::nullopt}, true}, {501, true, {false, 4.0}},
+          {505, false, {true, std::nullopt}}, {520, true, {false, 85.0}}, {605, false, {true, std::nullopt}, true},
+          {606, true, {false, 4.0}}}},
     };
     for (const Case& c : cases) {
-        FramePacer pacer(100.0, c.idlePollMs);
+        FramePacer pacer(100.0, 5.0, c.idlePollMs);
         for (const Moment& m : c.moments) {
             if (m.change) pacer.noteChange();
             const Decision decision = pacer.decide(m.atMs);
             EXPECT_EQ(decision, m.expected) << c.name << " at " << m.atMs;
             if (decision.takeFrame) pacer.frameTaken(m.atMs);
+            if (decision.takeFrame && m.showsNothing) pacer.frameShowedNothingNew();
         }
     }
 }
 
 TEST(FramePacer, AChangeWhileAFrameIsTakenCallsForAnother) {
-    FramePacer pacer(1000.0 / 15.0, std::nullopt);
+    FramePacer pacer(1000.0 / 15.0, 5.0, std::nullopt);
     ASSERT_TRUE(pacer.decide(0).takeFrame);
     pacer.frameTaken(0);
     pacer.noteChange();  // arrived while the frame was being read

@@ -18,13 +18,14 @@ class FrameLog final : public platform::FrameStreamOutput {
 public:
     explicit FrameLog(int probeX = 0, int probeY = 0) : probeX_(probeX), probeY_(probeY) {}
 
-    void didOutputFrame(const platform::BgraFrameView& frame, platform::FrameStatus status) override {
+    bool didOutputFrame(const platform::BgraFrameView& frame, platform::FrameStatus status) override {
         const std::uint8_t* p = frame.base + probeY_ * frame.bytesPerRow + probeX_ * 4;
         const std::lock_guard guard(lock_);
         times.push_back(Clock::now());
         colors.push_back((std::uint32_t{p[2]} << 16) | (std::uint32_t{p[1]} << 8) | p[0]);
         complete = complete && status == 0;
         arrived_.notify_all();
+        return true;
     }
     void didStopWithError(const std::string& error) override {
         const std::lock_guard guard(lock_);

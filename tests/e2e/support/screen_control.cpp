@@ -36,6 +36,13 @@ void ScreenControl::setWallpaper(std::uint32_t color) {
     sync();
 }
 
+void ScreenControl::setRootBackground(std::uint32_t color) {
+    xcb_change_window_attributes(connection_, screen_->root, XCB_CW_BACK_PIXEL, &color);
+    xcb_clear_area(connection_, 0, screen_->root, 0, 0, 0, 0);
+    xcb_delete_property(connection_, screen_->root, atomNamed(connection_, "_XROOTPMAP_ID"));
+    sync();
+}
+
 void ScreenControl::warpPointer(int x, int y) {
     xcb_warp_pointer(connection_, XCB_NONE, screen_->root, 0, 0, 0, 0, static_cast<std::int16_t>(x),
                      static_cast<std::int16_t>(y));

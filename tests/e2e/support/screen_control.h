@@ -21,6 +21,8 @@ public:
     // Sets the root window's background to one colour (0xRRGGBB) and publishes it as the
     // wallpaper (_XROOTPMAP_ID), as wallpaper setters do. Lasts while this connection does.
     void setWallpaper(std::uint32_t color);
+    // Sets the root window's own background to one colour, published nowhere.
+    void setRootBackground(std::uint32_t color);
     void warpPointer(int x, int y);
     // The whole screen as the server shows it (without the pointer's sprite).
     RgbaPicture screen();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -24,10 +25,12 @@ struct TestWindowSpec {
     bool noInput = false;              // an empty SHAPE input region
     bool overrideRedirect = false;
     std::uint32_t color = 0xffffff;    // the background, 0xRRGGBB
+    std::optional<std::pair<int, int>> shape;  // covers only its top-left W x H (SHAPE bounding region)
+    std::optional<std::uint8_t> alpha;         // 32 bits deep, the colour this opaque
 };
 
 // "X Y W H [type=T] [above] [opacity=F] [class=C] [appid=A] [noinput] [override] [border=N]
-// [color=RRGGBB]".
+// [color=RRGGBB] [shape=W,H] [alpha=AA]".
 // Throws std::invalid_argument on anything else.
 TestWindowSpec parseTestWindowSpec(const std::vector<std::string>& words);
 
