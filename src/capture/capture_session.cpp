@@ -68,12 +68,14 @@ public:
     SessionOutput(RecordGate& gate, EndRequest& end)
         : end_(end), encoder_([&gate](std::string_view record) { return gate.write(record); }) {}
 
-    void didOutputFrame(const platform::BgraFrameView& frame, platform::FrameStatus status) override {
-        if (readerGone_) return;
-        if (encoder_.encodeFrame(frame, status) == FrameOutcome::writeFailed) {
+    bool didOutputFrame(const platform::BgraFrameView& frame, platform::FrameStatus status) override {
+        if (readerGone_) return true;
+        const FrameOutcome outcome = encoder_.encodeFrame(frame, status);
+        if (outcome == FrameOutcome::writeFailed) {
             readerGone_ = true;
             end_.request({0, {}});
         }
+        return outcome != FrameOutcome::ignored && outcome != FrameOutcome::unchanged;
     }
     void didStopWithError(const std::string& error) override {
         end_.request({2, "ScreenCaptureKit stopped the stream: " + error});

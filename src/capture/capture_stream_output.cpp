@@ -5,6 +5,7 @@
 
 #include "capture/pixel_convert.h"
 #include "capture/tile_compare.h"
+#include "capture/tile_mask.h"
 #include "cli/process_state.h"
 
 namespace brisko {
@@ -27,13 +28,17 @@ CaptureStreamOutput::CaptureStreamOutput(RecordSink sink, std::size_t lanes)
 CaptureStreamOutput::CaptureStreamOutput(RecordSink sink, std::size_t lanes, const DeflaterFactory& makeDeflater)
     : tileSize_(processState().captureTileSize), sink_(std::move(sink)), pool_(lanes) {
     for (std::size_t lane = 0; lane < pool_.lanes(); ++lane) {
-        deflaters_.push_back(makeDeflater());
-        gathered_.emplace_back(size(tileSize_ * tileSize_ * 4));
+        lanes_.push_back({makeDeflater(), std::vector<std::uint8_t>(size(tileSize_ * tileSize_ * 4)), {}, 0, 0, 0, {}});
     }
 }
 
 FrameOutcome CaptureStreamOutput::encodeFrame(const platform::BgraFrameView& frame, platform::FrameStatus status) {
-    if (!isComplete(status) || !hasPixels(frame)) return FrameOutcome::ignored;
+    if (!isComplete(status) || !hasPixels(frame)) {
+        // What the next frame says changed since this one is not all that changed since the
+        // reference.
+        referenceIsLastFrame_ = false;
+        return FrameOutcome::ignored;
+    }
     // The frame becomes the reference before anything is compressed or written, whatever follows.
     if (frame.width == previousWidth_ && frame.height == previousHeight_) {
         findChangedTiles(frame);
@@ -41,14 +46,16 @@ FrameOutcome CaptureStreamOutput::encodeFrame(const platform::BgraFrameView& fra
         copyRGBA(frame);
         tiles_.assign(1, TileRect{0, 0, frame.width, frame.height});
     }
+    referenceIsLastFrame_ = true;
     if (tiles_.empty()) return FrameOutcome::unchanged;
 
     compressTiles();
     encoded_.clear();
     for (std::size_t i = 0; i < tiles_.size(); ++i) {
         // A tile that failed to compress is left out; the reference already holds its pixels.
-        if (compressedLengths_[i] == 0) continue;
-        encoded_.push_back({tiles_[i], {output_.data() + outputOffsets_[i], compressedLengths_[i]}});
+        const Compressed& c = compressed_[i];
+        if (c.length == 0) continue;
+        encoded_.push_back({tiles_[i], {lanes_[c.lane].compressed.data() + c.offset, c.length}});
     }
     if (encoded_.empty()) {
         // The reader's picture now lags behind the reference: send the next frame whole.
@@ -76,12 +83,24 @@ void CaptureStreamOutput::copyRGBA(const platform::BgraFrameView& frame) {
 }
 
 // Lists the changed tiles in grid order (rows top to bottom, each left to right); rows of the
-// grid are scanned on every lane, and each changed tile's new pixels go into the reference.
+// grid are scanned on every lane, and each changed tile's new pixels go into the reference. Where
+// the source says which areas may have changed, only the tiles they touch are compared.
 void CaptureStreamOutput::findChangedTiles(const platform::BgraFrameView& frame) {
     const std::int64_t columns = (frame.width + tileSize_ - 1) / tileSize_;
     const std::int64_t rows = (frame.height + tileSize_ - 1) / tileSize_;
+    if (frame.changedAreas && referenceIsLastFrame_) {
+        markTouchedTiles(*frame.changedAreas, frame.width, frame.height, tileSize_, candidates_);
+    } else {
+        candidates_.assign(size(columns * rows), 1);
+    }
     changed_.assign(size(columns * rows), 0);
-    pool_.run(size(rows), [&](std::size_t, std::size_t row) { scanTileRow(frame, row); });
+    // A few tiles are compared sooner than the other lanes wake up.
+    constexpr std::ptrdiff_t fewTiles = 64;
+    if (std::count(candidates_.begin(), candidates_.end(), 1) <= fewTiles) {
+        for (std::int64_t row = 0; row < rows; ++row) scanTileRow(frame, size(row));
+    } else {
+        pool_.run(size(rows), [&](std::size_t, std::size_t row) { scanTileRow(frame, row); });
+    }
     tiles_.clear();
     for (std::int64_t row = 0; row < rows; ++row) {
         for (std::int64_t column = 0; column < columns; ++column) {
@@ -98,6 +117,7 @@ void CaptureStreamOutput::scanTileRow(const platform::BgraFrameView& frame, std:
     const std::int64_t h = std::min(tileSize_, frame.height - y);
     const std::size_t referenceStride = size(frame.width * 4);
     for (std::int64_t column = 0; column < columns; ++column) {
+        if (candidates_[size(static_cast<std::int64_t>(row) * columns + column)] == 0) continue;
         const std::int64_t x = column * tileSize_;
         const std::int64_t w = std::min(tileSize_, frame.width - x);
         const std::uint8_t* source = frame.base + y * frame.bytesPerRow + x * 4;
@@ -113,33 +133,57 @@ void CaptureStreamOutput::scanTileRow(const platform::BgraFrameView& frame, std:
     }
 }
 
+// Each lane writes the tiles it takes one after another into its own area, which has room for
+// all of them; only the bytes written are ever touched.
 void CaptureStreamOutput::compressTiles() {
-    outputOffsets_.resize(tiles_.size());
-    compressedLengths_.resize(tiles_.size());
-    std::size_t total = 0;
-    for (std::size_t i = 0; i < tiles_.size(); ++i) {
-        outputOffsets_[i] = total;
-        total += deflateCapacity(size(tiles_[i].w * tiles_[i].h * 4));
+    compressed_.resize(tiles_.size());
+    std::size_t room = 0;
+    for (const TileRect& tile : tiles_) room += deflateCapacity(size(tile.w * tile.h * 4));
+    for (Lane& lane : lanes_) {
+        lane.compressed.resize(room);
+        lane.used = 0;
     }
-    output_.resize(total);
     pool_.run(tiles_.size(), [this](std::size_t lane, std::size_t index) { compressTile(lane, index); });
 }
 
-void CaptureStreamOutput::compressTile(std::size_t lane, std::size_t index) {
+void CaptureStreamOutput::compressTile(std::size_t laneIndex, std::size_t index) {
+    Lane& lane = lanes_[laneIndex];
     const TileRect& tile = tiles_[index];
     const std::size_t rowBytes = size(tile.w * 4);
     const std::size_t bytes = rowBytes * size(tile.h);
     const std::uint8_t* topLeft = previous_.data() + (tile.y * previousWidth_ + tile.x) * 4;
     std::span<const std::uint8_t> input(topLeft, bytes);  // rows of a full-width tile are packed already
     if (tile.w != previousWidth_) {
-        std::uint8_t* gathered = gathered_[lane].data();
+        std::uint8_t* gathered = lane.gathered.data();
         for (std::size_t r = 0; r < size(tile.h); ++r) {
             std::memcpy(gathered + r * rowBytes, topLeft + r * size(previousWidth_ * 4), rowBytes);
         }
         input = {gathered, bytes};
     }
-    const std::span<std::uint8_t> output(output_.data() + outputOffsets_[index], deflateCapacity(bytes));
-    compressedLengths_[index] = deflaters_[lane]->deflateRaw(input, output);
+    const std::span<std::uint8_t> output(lane.compressed.data() + lane.used, deflateCapacity(bytes));
+    const std::size_t length = deflateTile(lane, input, output);
+    compressed_[index] = {laneIndex, lane.used, length};
+    lane.used += length;
+}
+
+// A tile of one colour compresses to the same bytes as the last one of that colour and size,
+// which a window's plain background repainted gives again and again.
+std::size_t CaptureStreamOutput::deflateTile(Lane& lane, std::span<const std::uint8_t> input,
+                                             std::span<std::uint8_t> output) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, input.data(), sizeof pixel);
+    const bool oneColour = isOneColour(input);
+    if (oneColour && lane.oneColourBytes == input.size() && lane.oneColourPixel == pixel) {
+        std::memcpy(output.data(), lane.oneColourCompressed.data(), lane.oneColourCompressed.size());
+        return lane.oneColourCompressed.size();
+    }
+    const std::size_t length = lane.deflater->deflateRaw(input, output);
+    if (oneColour && length > 0) {
+        lane.oneColourBytes = input.size();
+        lane.oneColourPixel = pixel;
+        lane.oneColourCompressed.assign(output.begin(), output.begin() + static_cast<std::ptrdiff_t>(length));
+    }
+    return length;
 }
 
 }  // namespace brisko

@@ -48,6 +48,8 @@ private:
     void scanTileRow(const platform::BgraFrameView& frame, std::size_t row);
     void compressTiles();
     void compressTile(std::size_t lane, std::size_t index);
+    struct Lane;
+    static std::size_t deflateTile(Lane& lane, std::span<const std::uint8_t> input, std::span<std::uint8_t> output);
 
     const std::int64_t tileSize_;
     RecordSink sink_;
@@ -57,20 +59,36 @@ private:
     OverwriteBuffer previous_;
     std::int64_t previousWidth_ = 0;
     std::int64_t previousHeight_ = 0;
+    // The reference was taken from the frame handed over last (none was ignored since).
+    bool referenceIsLastFrame_ = false;
 
-    // Per frame, reused: tiles found changed (flags per grid cell, then the list in grid order),
-    // each tile's place and compressed length in the output area, and the record.
+    // Where a tile's compressed bytes lie: in which lane's area, and how many (0: it failed).
+    struct Compressed {
+        std::size_t lane = 0;
+        std::size_t offset = 0;
+        std::size_t length = 0;
+    };
+    // Per frame, reused: tiles to compare and tiles found changed (flags per grid cell), the
+    // changed ones listed in grid order, each one's compressed bytes, and the record.
+    std::vector<std::uint8_t> candidates_;
     std::vector<std::uint8_t> changed_;
     std::vector<TileRect> tiles_;
-    std::vector<std::size_t> outputOffsets_;
-    std::vector<std::size_t> compressedLengths_;
-    OverwriteBuffer output_;
+    std::vector<Compressed> compressed_;
     std::vector<EncodedTile> encoded_;
     std::vector<std::uint8_t> record_;
 
-    // Per lane: its compressor and its tile gathering buffer.
-    std::vector<std::unique_ptr<RawDeflater>> deflaters_;
-    std::vector<std::vector<std::uint8_t>> gathered_;
+    // Per lane: its compressor, its tile gathering buffer, the area it compresses into, and the
+    // last tile of one colour it compressed, with its compressed bytes.
+    struct Lane {
+        std::unique_ptr<RawDeflater> deflater;
+        std::vector<std::uint8_t> gathered;
+        OverwriteBuffer compressed;
+        std::size_t used = 0;
+        std::size_t oneColourBytes = 0;  // none yet when 0
+        std::uint32_t oneColourPixel = 0;
+        std::vector<std::uint8_t> oneColourCompressed;
+    };
+    std::vector<Lane> lanes_;
 };
 
 }  // namespace brisko

@@ -3,33 +3,36 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/geometry.h"
+
 namespace brisko {
 
-// A rectangle of whole pixels in the window system's screen coordinates.
-struct PixelRect {
-    std::int64_t x = 0;
-    std::int64_t y = 0;
-    std::int64_t width = 0;
-    std::int64_t height = 0;
-
-    bool empty() const { return width <= 0 || height <= 0; }
-    bool operator==(const PixelRect&) const = default;
-};
+// Here in the window system's screen coordinates.
+using platform::PixelRect;
 
 // The common part; empty when there is none.
 PixelRect intersection(const PixelRect& a, const PixelRect& b);
+// The smallest rectangle around both; an empty one counts for nothing.
+PixelRect unite(const PixelRect& a, const PixelRect& b);
 
 // A top-level window as the screen stacks it.
 struct StackedWindow {
     std::uint32_t id = 0;
     PixelRect bounds;   // border included
     bool excluded = false;
+    // The parts of the bounds that the window covers (a shaped window's region), in screen
+    // coordinates; empty: all of them.
+    std::vector<PixelRect> shape = {};
+    // Its pixels carry an alpha that the screen blends over what lies beneath.
+    bool translucent = false;
 };
 
-// A part of one window's own contents to draw, in screen coordinates.
+// A part of one window's own contents to draw, in screen coordinates: copied, or blended over
+// what is drawn below it.
 struct WindowPiece {
     std::uint32_t window = 0;
     PixelRect area;
+    bool blend = false;
     bool operator==(const WindowPiece&) const = default;
 };
 
@@ -42,9 +45,10 @@ struct ExclusionHole {
 };
 
 // What to draw over a picture of the display so that the left-out windows disappear and what lies
-// beneath them shows. Windows come bottom to top; every hole is drawn from all the windows that
-// are not left out, so holes of overlapping left-out windows agree where they meet. No window is
-// taken to hide those below it: a window whose contents cannot be read (a compositing manager's
+// beneath them shows: one hole for each part of a left-out window's shape on the display. Windows
+// come bottom to top; every hole is drawn from all the windows that are not left out, each within
+// its shape, so holes of overlapping left-out windows agree where they meet. No window is taken
+// to hide those below it: a window whose contents cannot be read (a compositing manager's
 // overlay, which shows the whole screen, host windows included) is passed over when drawn, and
 // what lies below it must be there.
 std::vector<ExclusionHole> planExclusion(const PixelRect& display, const std::vector<StackedWindow>& bottomToTop);

@@ -1,20 +1,25 @@
 #include "capture/frame_pacer.h"
 
+#include <algorithm>
+
 namespace brisko {
 
-FramePacer::FramePacer(double minimumIntervalMs, std::optional<double> idlePollMs)
-    : minimumIntervalMs_(minimumIntervalMs), idlePollMs_(idlePollMs) {}
+FramePacer::FramePacer(double minimumIntervalMs, double minimumGapMs, std::optional<double> idlePollMs)
+    : minimumIntervalMs_(minimumIntervalMs), minimumGapMs_(minimumGapMs), idlePollMs_(idlePollMs) {}
 
 FramePacer::Decision FramePacer::decide(double nowMs) const {
     if (!changed_) return {false, idlePollMs_};
-    if (!lastFrameMs_) return {true, std::nullopt};
-    const double due = *lastFrameMs_ + minimumIntervalMs_;
+    double due = nowMs;
+    if (lastShownMs_) due = std::max(due, *lastShownMs_ + minimumIntervalMs_);
+    if (lastTakenMs_) due = std::max(due, *lastTakenMs_ + minimumGapMs_);
     if (nowMs >= due) return {true, std::nullopt};
     return {false, due - nowMs};
 }
 
 void FramePacer::frameTaken(double nowMs) {
-    lastFrameMs_ = nowMs;
+    shownBeforeMs_ = lastShownMs_;
+    lastShownMs_ = nowMs;
+    lastTakenMs_ = nowMs;
     changed_ = false;
 }
 

@@ -49,4 +49,9 @@ std::size_t firstChangedRow(const std::uint8_t* bgra, std::size_t bgraStride, co
     return rows;
 }
 
+bool isOneColour(std::span<const std::uint8_t> pixels) {
+    // Equal to itself moved on by one pixel: every pixel equals the next.
+    return pixels.size() <= 4 || std::memcmp(pixels.data(), pixels.data() + 4, pixels.size() - 4) == 0;
+}
+
 }  // namespace brisko

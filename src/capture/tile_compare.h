@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace brisko {
 
@@ -10,5 +11,8 @@ namespace brisko {
 // reference holds 255 there). Strides are in bytes. This is where an idle screen spends its time.
 std::size_t firstChangedRow(const std::uint8_t* bgra, std::size_t bgraStride, const std::uint8_t* rgba,
                             std::size_t rgbaStride, std::size_t pixels, std::size_t rows);
+
+// Whether every 4-byte pixel of the run is the same.
+bool isOneColour(std::span<const std::uint8_t> pixels);
 
 }  // namespace brisko

@@ -2,6 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
+
+#include "platform/geometry.h"
 
 namespace brisko::platform {
 
@@ -12,6 +15,9 @@ struct BgraFrameView {
     std::int64_t width = 0;  // pixels
     std::int64_t height = 0;
     std::int64_t bytesPerRow = 0;  // at least width * 4; rows may be padded
+    // Where, in frame pixels, this frame may differ from the frame the source delivered before
+    // it, when the source knows; absent: anywhere.
+    std::optional<std::span<const PixelRect>> changedAreas = std::nullopt;
 };
 
 // The completeness the capture source reports with a frame: 0 means complete; other values mean

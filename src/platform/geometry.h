@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace brisko::platform {
 
 // Global display coordinates in points, origin at the top-left of the main display.
@@ -35,6 +37,17 @@ inline Rect standardized(Rect r) {
 struct PixelSize {
     long long width = 0;
     long long height = 0;
+};
+
+// A rectangle of whole pixels.
+struct PixelRect {
+    std::int64_t x = 0;
+    std::int64_t y = 0;
+    std::int64_t width = 0;
+    std::int64_t height = 0;
+
+    bool empty() const { return width <= 0 || height <= 0; }
+    bool operator==(const PixelRect&) const = default;
 };
 
 }  // namespace brisko::platform

@@ -66,8 +66,10 @@ struct FrameStreamConfiguration {
 class FrameStreamOutput {
 public:
     virtual ~FrameStreamOutput() = default;
-    // The view lends the stream's memory for the duration of the call only.
-    virtual void didOutputFrame(const BgraFrameView& frame, FrameStatus status) = 0;
+    // The view lends the stream's memory for the duration of the call only. True when the frame
+    // showed the reader something new; false when it was ignored or showed the same picture, so
+    // that a stream that paces itself need not count it.
+    virtual bool didOutputFrame(const BgraFrameView& frame, FrameStatus status) = 0;
     // The stream stopped by itself; nothing is delivered after this.
     virtual void didStopWithError(const std::string& error) = 0;
 };

@@ -5,8 +5,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <thread>
+#include <unistd.h>
 
 #include <xcb/xcb.h>
 
@@ -65,12 +67,12 @@ RgbaPicture screenPixels() {
 }
 
 // Whether the pictures have the same pixels outside the square of half-size 24 around the
-// pointer at (1400, 860), where the stream draws the cursor.
-bool sameOutsideTheCursor(const RgbaPicture& a, const RgbaPicture& b) {
+// pointer, where the stream draws the cursor.
+bool sameOutsideTheCursor(const RgbaPicture& a, const RgbaPicture& b, int pointerX = 1400, int pointerY = 860) {
     if (a.width != b.width || a.height != b.height) return false;
     for (std::uint32_t y = 0; y < a.height; ++y) {
         for (std::uint32_t x = 0; x < a.width; ++x) {
-            const bool cursor = std::abs(int(x) - 1400) <= 24 && std::abs(int(y) - 860) <= 24;
+            const bool cursor = std::abs(int(x) - pointerX) <= 24 && std::abs(int(y) - pointerY) <= 24;
             if (!cursor && a.rgb(x, y) != b.rgb(x, y)) return false;
         }
     }
@@ -125,26 +127,31 @@ TEST_F(Capture, ScreenshotShowsWhatLiesBeneathTheHostAndNoCursor) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(Capture, StreamFollowsEachChangeWithTheCursorDrawnIn) {
+TEST_F(Capture, EveryRecordOfAChangeShowsTheScreenAsItIsWithTheCursorDrawnIn) {
     app.map("a", Box{100, 100, 400, 300}.spec(red));
-    app.map("b", Box{600, 100, 300, 300}.spec(green));
+    app.map("b", Box{900, 500, 30, 20}.spec(green));
     CaptureStreamProcess stream;
-    const auto showsTheScreen = [&] {
-        const RgbaPicture expected = screenPixels();
-        return stream.waitForPicture([&](const RgbaPicture& p) { return sameOutsideTheCursor(p, expected); });
+    int pointerX = 1400, pointerY = 860;
+    const auto warp = [&](int x, int y) { app.ask("warp " + std::to_string(pointerX = x) + " " + std::to_string(pointerY = y), "warped"); };
+    const std::vector<std::pair<std::string, std::function<void()>>> steps = {
+        {"the first record", [] {}},
+        {"a small window repainted", [&] { app.paint("b", 0x123456); }},
+        {"the pointer moved onto a window", [&] { warp(200, 200); }},
+        {"the window under the pointer repainted", [&] { app.paint("a", 0x654321); }},
+        {"the pointer moved off it", [&] { warp(1000, 100); }},
+        {"a window mapped and another unmapped", [&] {
+             app.map("c", Box{300, 700, 50, 50}.spec(0xabcdef));
+             app.unmap("b");
+         }},
     };
-    ASSERT_TRUE(showsTheScreen());
-    app.paint("a", 0x777777);
-    ASSERT_TRUE(showsTheScreen()) << "after repainting a window";
-    app.unmap("b");
-    ASSERT_TRUE(showsTheScreen()) << "after unmapping a window";
-    app.map("c", Box{1000, 500, 100, 100}.spec(0xabcdef));
-    ASSERT_TRUE(showsTheScreen()) << "after mapping a window";
-
-    // The cursor is drawn where the pointer is, and follows it.
-    EXPECT_NE(stream.picture().rgba, screenPixels().rgba);
-    app.ask("warp 300 250", "warped");
-    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return !filled(p, {290, 240, 20, 20}, 0x777777); }));
+    for (const auto& [name, step] : steps) {
+        step();
+        const RgbaPicture expected = screenPixels();
+        EXPECT_TRUE(stream.waitForPicture(
+            [&](const RgbaPicture& p) { return sameOutsideTheCursor(p, expected, pointerX, pointerY); }))
+            << name;
+    }
+    EXPECT_NE(stream.picture().rgba, screenPixels().rgba) << "the cursor is drawn in";
     stream.closeInput();
     EXPECT_EQ(stream.wait(), 0);
     EXPECT_EQ(stream.errors(), "");
@@ -168,6 +175,79 @@ TEST_F(Capture, AHostWindowIsLeftOutWithinTheRefreshOfItsAppearingAndWhatItHides
 
     app.map("hidden", hidden.spec(green));  // entirely under the host's window
     EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, hidden, green); }));
+}
+
+TEST_F(Capture, BeneathTheHostIsTheRootWindowsOwnBackgroundAndWindowsOnlyWhereTheirShapesCover) {
+    const Box host{300, 200, 300, 200};
+    app.ask("background 5a6b7c", "background");
+    WindowClientProcess brisko(menubarClientPath());
+    brisko.map("panel", host.spec(hostBlue));
+    {
+        CaptureStreamProcess stream;
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
+    }
+    brisko.unmap("panel");
+    app.map("under", Box{300, 200, 400, 300}.spec(red));
+    app.map("shaped", Box{350, 250, 200, 100}.spec(green) + " shape=100,50");
+    // The host's panel covers only its top-left 300 x 150: below that, the screen as it is.
+    brisko.map("shaped-panel", host.spec(hostBlue) + " shape=300,150");
+    CaptureStreamProcess stream;
+    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) {
+        return filled(p, {350, 250, 100, 50}, green) && filled(p, {450, 250, 150, 100}, red) &&
+               filled(p, {350, 300, 100, 50}, red) && filled(p, {300, 350, 400, 150}, red);
+    }));
+}
+
+TEST_F(Capture, BeneathTheHostTranslucentWindowsAreBlendedAsTheCompositingManagerShowsThem) {
+    Process compositor("xcompmgr", {}, {}, Streams::detached);
+    app.map("under", Box{300, 200, 400, 200}.spec(red));
+    app.map("glass", Box{300, 200, 400, 200}.spec(0x0000ff) + " alpha=80");
+    WindowClientProcess brisko(menubarClientPath());
+    brisko.map("panel", Box{300, 200, 200, 200}.spec(hostBlue));
+    std::uint32_t blended = 0;  // the compositing manager's blend, where no host window lies
+    for (int tries = 0; tries < 100 && (blended == 0 || blended == red || blended == 0x000080); ++tries) {
+        std::this_thread::sleep_for(50ms);  // the manager paints when it will; nothing tells when
+        blended = screenPixels().rgb(650, 300);
+    }
+    CaptureStreamProcess stream;
+    const auto near = [](std::uint32_t a, std::uint32_t b) {
+        for (int shift = 0; shift < 24; shift += 8) {
+            if (std::abs(int(a >> shift & 0xff) - int(b >> shift & 0xff)) > 2) return false;
+        }
+        return true;
+    };
+    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return near(p.rgb(350, 300), blended); }))
+        << std::hex << blended << " " << stream.picture().rgb(350, 300);
+}
+
+TEST(CaptureOfADisplayThatChangesSize, GoesOnAtTheNewSizeFromAWholeFrame) {
+    const fs::path config = fs::temp_directory_path() / ("brisko-dummy-" + std::to_string(::getpid()) + ".conf");
+    std::ofstream(config) << "Section \"Device\"\n Identifier \"d\"\n Driver \"dummy\"\n VideoRam 64000\nEndSection\n"
+                             "Section \"Monitor\"\n Identifier \"m\"\n HorizSync 5-1000\n VertRefresh 5-200\n"
+                             " Modeline \"1440x900\" 106.5 1440 1528 1672 1904 900 903 909 934\n"
+                             " Modeline \"1024x768\" 63.5 1024 1072 1176 1328 768 771 775 798\nEndSection\n"
+                             "Section \"Screen\"\n Identifier \"s\"\n Device \"d\"\n Monitor \"m\"\n DefaultDepth 24\n"
+                             " SubSection \"Display\"\n Depth 24\n Modes \"1440x900\" \"1024x768\"\n EndSubSection\nEndSection\n";
+    Process server("/usr/lib/xorg/Xorg", {"-config", config.string(), "-logfile", config.string() + ".log", "-nolisten",
+                                          "tcp", "-noreset", "-displayfd", "1"},
+                   {}, Streams::outputOnly);
+    const std::optional<std::string> number = server.readLine(20s);
+    fs::remove(config);
+    ASSERT_TRUE(number) << "Xorg with the dummy driver did not start";
+    const std::string name = ":" + *number;
+    CaptureStreamProcess stream(name);
+    ASSERT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1440 && p.height == 900; }));
+    const ProgramResult resized = runProgram("xrandr", {"--output", "DUMMY0", "--mode", "1024x768"}, "", {{"DISPLAY", name}});
+    ASSERT_EQ(resized.status, 0) << resized.err;
+    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1024 && p.height == 768; }));
+    WindowClientProcess app(windowClientPath(), name);
+    app.map("late", Box{900, 600, 100, 100}.spec(green));
+    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return filled(p, {900, 600, 100, 100}, green); }));
+    stream.closeInput();
+    EXPECT_EQ(stream.wait(), 0);
+    EXPECT_EQ(stream.errors(), "");
+    server.signal(SIGTERM);
+    server.wait();
 }
 
 TEST_F(Capture, EachEndOfTheStreamEndsItWithZeroAndWholeRecords) {

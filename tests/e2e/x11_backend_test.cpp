@@ -246,11 +246,12 @@ TEST_F(X11Backend, RandrMonitorsAreTheDisplaysAndThePrimaryIsTheMain) {
 // When each frame of a stream came.
 class FrameTimes final : public platform::FrameStreamOutput {
 public:
-    void didOutputFrame(const platform::BgraFrameView&, platform::FrameStatus status) override {
+    bool didOutputFrame(const platform::BgraFrameView&, platform::FrameStatus status) override {
         const std::lock_guard guard(lock_);
         times_.push_back(Clock::now());
         complete_ = complete_ && status == 0;
         arrived_.notify_all();
+        return true;
     }
     void didStopWithError(const std::string&) override { ADD_FAILURE() << "the stream stopped"; }
     bool awaitFrames(std::size_t count, std::chrono::milliseconds timeout = 5s) {

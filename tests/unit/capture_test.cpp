@@ -14,8 +14,10 @@
 #include "capture/cursor_overlay.h"
 #include "capture/exclusion_plan.h"
 #include "capture/frame_pacer.h"
+#include "capture/frame_read_plan.h"
 #include "capture/pixel_convert.h"
 #include "capture/tile_compare.h"
+#include "capture/tile_mask.h"
 #include "fake/fake_platform.h"
 #include "support/capture_records.h"
 #include "support/png_image.h"
@@ -91,6 +93,50 @@ TEST_F(Encoder, OneChangedPixelSendsItsWholeTileAndAlphaIsNoChange) {
     BgraImage pixel{1, 1, 4, {0x10, 0x20, 0x30, 0x00}};
     encode(pixel);
     EXPECT_EQ(reader.decoder().picture(), (std::vector<std::uint8_t>{0x30, 0x20, 0x10, 0xFF}));
+}
+
+TEST_F(Encoder, OnlyTilesWhereTheSourceSaysItChangedAreComparedUnlessAFrameWasIgnoredBetween) {
+    const BgraImage first = noiseImage(130, 70, 1), second = noiseImage(130, 70, 2), third = noiseImage(130, 70, 3);
+    encode(first);
+    const std::vector<platform::PixelRect> topLeft = {{10, 10, 5, 5}};
+    platform::BgraFrameView hinted = second.view();
+    hinted.changedAreas = topLeft;
+    EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
+    EXPECT_EQ(rects(reader.readNew().at(0)), (Tiles{{0, 0, 64, 64}}));
+    // After an ignored frame, what the source says changed since then is not all that changed
+    // since the reference: everything is compared.
+    EXPECT_EQ(encode(third, FrameOutcome::ignored, 1), std::nullopt);
+    EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
+    EXPECT_EQ(reader.readNew().at(0).tiles.size(), 5u) << "all but the tile taken already";
+    EXPECT_EQ(reader.decoder().picture(), rgbaOf(second));
+    // Tiles of one colour decode at every size and colour.
+    for (const std::uint32_t bgra : {0xff102030u, 0xff405060u, 0xff102030u}) {
+        BgraImage solid = noiseImage(130, 70, 1);
+        for (std::size_t i = 0; i < solid.bytes.size(); i += 4) std::memcpy(&solid.bytes[i], &bgra, 4);
+        EXPECT_EQ(encode(solid)->size(), 6u);
+    }
+}
+
+TEST(TouchedTiles, AreTheGridCellsTheAreasReachInsideTheFrameAndTheReadCoversTheirRows) {
+    using R = platform::PixelRect;
+    const std::vector<std::pair<std::vector<R>, std::vector<std::uint8_t>>> cases = {
+        {{}, {0, 0, 0, 0, 0, 0}},
+        {{{63, 63, 2, 2}}, {1, 1, 0, 1, 1, 0}},                      // a corner shared by four cells
+        {{{128, 64, 2, 6}, {64, 0, 0, 10}}, {0, 0, 0, 0, 0, 1}},     // the last, narrow cell; an empty area
+        {{{-10, -10, 20, 20}, {200, 0, 5, 5}}, {1, 0, 0, 0, 0, 0}},  // clipped; outside the frame
+    };
+    std::vector<std::uint8_t> cells;
+    for (const auto& [areas, expected] : cases) {
+        markTouchedTiles(areas, 130, 70, 64, cells);
+        EXPECT_EQ(cells, expected);
+    }
+    const platform::PixelSize display{1000, 800};
+    const std::vector<R> damage = {{10, 300, 5, 5}, {900, 100, 200, 50}, {0, 900, 10, 10}};
+    EXPECT_EQ(planFrameRead(display, damage, false),
+              (FrameReadPlan{100, 205, std::vector<R>{{10, 300, 5, 5}, {900, 100, 100, 50}}}));
+    EXPECT_EQ(planFrameRead(display, std::vector<R>{}, false), (FrameReadPlan{0, 0, std::vector<R>{}}));
+    EXPECT_EQ(planFrameRead(display, std::nullopt, false), (FrameReadPlan{0, 800, std::nullopt}));
+    EXPECT_EQ(planFrameRead(display, damage, true), (FrameReadPlan{0, 800, std::nullopt}));
 }
 
 TEST_F(Encoder, OnlyCompleteFramesWithPixelsCountAndAFailedWriteStillMovesTheReference) {
@@ -446,6 +492,11 @@ TEST(ExclusionPlan, HolesAreRedrawnFromEveryWindowThatStays) {
          {{1, {900, 700, 300, 300}, false}, {9, {950, 750, 200, 200}, true}, {8, {-50, -50, 40, 40}, true},
           {7, {960, 760, 10, 10}, true}},
          {{{950, 750, 50, 50}, {{1, {950, 750, 50, 50}}}}, {{960, 760, 10, 10}, {{1, {960, 760, 10, 10}}}}}},
+        {"a hole for each part of a shaped host; a shaped window drawn where it covers, a translucent one blended",
+         {{1, {0, 0, 100, 100}, false, {{0, 0, 100, 40}}}, {2, {0, 0, 100, 100}, false, {}, true},
+          {9, {10, 10, 50, 50}, true, {{10, 10, 50, 20}, {10, 30, 20, 30}}}},
+         {{{10, 10, 50, 20}, {{1, {10, 10, 50, 20}}, {2, {10, 10, 50, 20}, true}}},
+          {{10, 30, 20, 30}, {{1, {10, 30, 20, 10}}, {2, {10, 30, 20, 30}, true}}}}},
     };
     for (const auto& [name, bottomToTop, holes] : cases) {
         EXPECT_EQ(planExclusion({0, 0, 1000, 800}, bottomToTop), holes) << name;
@@ -459,6 +510,7 @@ TEST(FramePacer, TakesFramesOnlyAfterChangesAndNeverSoonerThanTheInterval) {
         double atMs;
         bool change;
         Decision expected;
+        bool showsNothing = false;  // the frame taken then shows nothing new
     };
     const std::vector<std::tuple<std::string, std::optional<double>, std::vector<Moment>>> cases = {
         {"still after the first", std::nullopt, {{0, false, {true, {}}}, {10, false, {false, {}}}, {5000, false, {false, {}}}}},
@@ -471,17 +523,23 @@ TEST(FramePacer, TakesFramesOnlyAfterChangesAndNeverSoonerThanTheInterval) {
           {300, true, {false, 30.0}}}},
         {"an idle source looks again at the poll period", 40.0,
          {{0, false, {true, {}}}, {5, false, {false, 40.0}}, {30, true, {false, 70.0}}}},
+        {"a frame that showed nothing holds the next back by the gap only, the interval runs from the last "
+         "that showed something",
+         std::nullopt,
+         {{0, false, {true, {}}}, {500, true, {true, {}}, true}, {501, true, {false, 4.0}}, {505, false, {true, {}}},
+          {520, true, {false, 85.0}}, {605, false, {true, {}}, true}, {606, true, {false, 4.0}}}},
     };
     for (const auto& [name, idlePollMs, moments] : cases) {
-        FramePacer pacer(100.0, idlePollMs);
+        FramePacer pacer(100.0, 5.0, idlePollMs);
         for (const Moment& m : moments) {
             if (m.change) pacer.noteChange();
             const Decision decision = pacer.decide(m.atMs);
             EXPECT_EQ(decision, m.expected) << name << " at " << m.atMs;
             if (decision.takeFrame) pacer.frameTaken(m.atMs);
+            if (decision.takeFrame && m.showsNothing) pacer.frameShowedNothingNew();
         }
     }
-    FramePacer pacer(100.0, std::nullopt);  // a change while a frame is taken calls for another
+    FramePacer pacer(100.0, 5.0, std::nullopt);  // a change while a frame is taken calls for another
     pacer.frameTaken(0);
     pacer.noteChange();
     EXPECT_EQ(pacer.decide(20), (Decision{false, 80.0}));

@@ -15,6 +15,7 @@
 //   saver on|off                -> saver done         activates or resets the screen saver
 //   wallpaper RRGGBB            -> wallpaper done     the root's background, published as
 //                                  _XROOTPMAP_ID; it lasts while the client does
+//   background RRGGBB           -> background done    the root's own background, published nowhere
 //   warp X Y                    -> warped
 //   own-clipboard [silent] TARGET=TEXT ...  -> owning     TEXT has no "=", and TIMESTAMP=N gives a
 //                                                          32-bit number
@@ -96,6 +97,13 @@ public:
         } else if (verb == "wallpaper" && w.size() == 2) {
             setWallpaper(color(w[1]));
             say("wallpaper done");
+        } else if (verb == "background" && w.size() == 2) {
+            const std::uint32_t rgb = color(w[1]);
+            xcb_change_window_attributes(connection_, screen_->root, XCB_CW_BACK_PIXEL, &rgb);
+            xcb_clear_area(connection_, 0, screen_->root, 0, 0, 0, 0);
+            xcb_delete_property(connection_, screen_->root, atomNamed(connection_, "_XROOTPMAP_ID"));
+            roundTrip(connection_);
+            say("background done");
         } else if (verb == "warp" && w.size() == 3) {
             xcb_warp_pointer(connection_, XCB_NONE, screen_->root, 0, 0, 0, 0,
                              static_cast<std::int16_t>(std::stoi(w[1])), static_cast<std::int16_t>(std::stoi(w[2])));

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <stdexcept>
+#include <vector>
 
 #include <xcb/shape.h>
 
@@ -69,23 +70,64 @@ WindowSpec parseWindowSpec(const std::vector<std::string>& words) {
         else if (key == "focus") spec.focus = true;
         else if (key == "border") spec.border = number(value);
         else if (key == "color") spec.color = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
+        else if (key == "shape") {
+            spec.shape = {{number(value.substr(0, value.find(','))), number(value.substr(value.find(',') + 1))}};
+        }
+        else if (key == "alpha") spec.alpha = static_cast<std::uint8_t>(std::stoul(value, nullptr, 16));
         else throw std::invalid_argument("unknown window option: " + word);
     }
     return spec;
 }
 
+namespace {
+
+// A 32-bit TrueColor visual, its colormap and the pixel of the colour with that alpha
+// (premultiplied, as translucent pixels are kept).
+struct Translucent {
+    xcb_visualid_t visual = 0;
+    xcb_colormap_t colormap = XCB_NONE;
+    std::uint32_t pixel = 0;
+};
+
+Translucent translucent(xcb_connection_t* c, const xcb_screen_t* screen, std::uint32_t color, std::uint32_t alpha) {
+    Translucent t;
+    for (auto d = xcb_screen_allowed_depths_iterator(screen); d.rem && t.visual == 0; xcb_depth_next(&d)) {
+        for (auto v = xcb_depth_visuals_iterator(d.data); v.rem && d.data->depth == 32; xcb_visualtype_next(&v)) {
+            if (v.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR) t.visual = v.data->visual_id;
+        }
+    }
+    t.colormap = xcb_generate_id(c);
+    xcb_create_colormap(c, XCB_COLORMAP_ALLOC_NONE, t.colormap, screen->root, t.visual);
+    t.pixel = alpha << 24;
+    for (int shift = 0; shift < 24; shift += 8) t.pixel |= ((color >> shift & 0xff) * alpha / 255) << shift;
+    return t;
+}
+
+}  // namespace
+
 xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const WindowSpec& spec) {
     const xcb_window_t w = xcb_generate_id(c);
-    const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK;
-    // The tests' servers are 24-bit TrueColor: a pixel value is its 0xRRGGBB colour.
-    const std::uint32_t values[] = {spec.color, spec.overrideRedirect ? 1u : 0u,
-                                    XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                                        XCB_EVENT_MASK_POINTER_MOTION | XCB_EVENT_MASK_KEY_PRESS |
-                                        XCB_EVENT_MASK_KEY_RELEASE | XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-    xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(spec.x),
+    const Translucent glass = spec.alpha ? translucent(c, screen, spec.color, *spec.alpha) : Translucent{};
+    const std::uint32_t events = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                                 XCB_EVENT_MASK_POINTER_MOTION | XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                                 XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    // The tests' servers are 24-bit TrueColor: a pixel value is its 0xRRGGBB colour. A window of
+    // another depth needs its own border and colormap.
+    const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
+                               (spec.alpha ? XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP : 0u);
+    const std::uint32_t override = spec.overrideRedirect ? 1u : 0u;
+    const std::vector<std::uint32_t> values = spec.alpha ? std::vector{glass.pixel, 0u, override, events, glass.colormap}
+                                                         : std::vector{spec.color, override, events};
+    xcb_create_window(c, spec.alpha ? 32 : XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(spec.x),
                       static_cast<std::int16_t>(spec.y), static_cast<std::uint16_t>(spec.width),
                       static_cast<std::uint16_t>(spec.height), static_cast<std::uint16_t>(spec.border),
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, mask, values);
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, spec.alpha ? glass.visual : screen->root_visual, mask,
+                      values.data());
+    if (spec.shape) {
+        const xcb_rectangle_t kept{0, 0, static_cast<std::uint16_t>(spec.shape->first),
+                                   static_cast<std::uint16_t>(spec.shape->second)};
+        xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 1, &kept);
+    }
     if (!spec.type.empty()) setAtomProperty(c, w, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_" + upper(spec.type));
     if (spec.above) setAtomProperty(c, w, "_NET_WM_STATE", "_NET_WM_STATE_ABOVE");
     if (spec.opacity) {

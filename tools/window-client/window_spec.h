@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <xcb/xcb.h>
@@ -25,10 +26,12 @@ struct WindowSpec {
     bool overrideRedirect = false;   // placed by itself, never managed by a window manager
     bool focus = false;              // takes the keyboard focus once mapped
     std::uint32_t color = 0xffffff;  // the background, 0xRRGGBB
+    std::optional<std::pair<int, int>> shape;  // covers only its top-left W x H (SHAPE bounding region)
+    std::optional<std::uint8_t> alpha;         // 32 bits deep, the colour this opaque (hexadecimal)
 };
 
 // "X Y W H [type=T] [above] [opacity=F] [class=C] [appid=A] [noinput] [override] [focus]
-// [border=N] [color=RRGGBB]". Throws std::invalid_argument on anything else.
+// [border=N] [color=RRGGBB] [shape=W,H] [alpha=AA]". Throws std::invalid_argument on anything else.
 WindowSpec parseWindowSpec(const std::vector<std::string>& words);
 
 // Creates the window with its properties, selects the input and structure events it reports,

@@ -1,6 +1,7 @@
 #include "backends/x11/x11_frame_stream.h"
 
 #include <algorithm>
+#include <utility>
 #include <cerrno>
 #include <chrono>
 #include <cmath>
@@ -9,12 +10,19 @@
 #include <unistd.h>
 
 #include <xcb/damage.h>
+#include <xcb/randr.h>
 #include <xcb/xfixes.h>
 
 #include "capture/frame_pacer.h"
+#include "backends/x11/x11_monitors.h"
 
 namespace brisko::platform::x11 {
 namespace {
+
+// After a frame that showed nothing new, the next may follow this soon: a window is mapped a
+// moment before its client draws it, and the drawing must not wait for the next interval. It
+// also bounds what a window that keeps redrawing the same pixels costs.
+constexpr double showedNothingGapMs = 4.0;
 
 double nowMs() {
     using namespace std::chrono;
@@ -35,9 +43,10 @@ bool damageReady(xcb_connection_t* connection) {
 
 }  // namespace
 
-X11FrameStream::X11FrameStream(std::optional<PixelRect> display, const CaptureFilter& filter,
+X11FrameStream::X11FrameStream(std::uint32_t displayID, std::optional<PixelRect> display, const CaptureFilter& filter,
                                const FrameStreamConfiguration& configuration)
-    : display_(display),
+    : displayID_(displayID),
+      display_(display),
       configuration_(configuration),
       excludedPids_(filter.excludedPids.begin(), filter.excludedPids.end()) {}
 
@@ -98,12 +107,23 @@ void X11FrameStream::wake() {
 // cursor's shape.
 void X11FrameStream::watchChanges(xcb_connection_t* connection) {
     const xcb_window_t root = connection_.root();
-    const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    // The root's own configuration changes with the screen's size; RandR tells of monitors that
+    // move or change their mode within it.
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, root, XCB_CW_EVENT_MASK, &mask);
+    if (const auto* randr = extension(connection, xcb_randr_id)) {
+        std::free(xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
+        randrEvent_ = randr->first_event;
+        xcb_randr_select_input(connection, root,
+                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE);
+    }
     damage_ = damageReady(connection);
     if (damage_) {
         damageEvent_ = extension(connection, xcb_damage_id)->first_event;
-        trackWindow(connection, root);
+        // The root's damage tells where the server drew on the screen, each new part in an
+        // event of its own, so that no frame waits for a reply to learn it.
+        rootDamage_ = xcb_generate_id(connection);
+        xcb_damage_create(connection, rootDamage_, root, XCB_DAMAGE_REPORT_LEVEL_DELTA_RECTANGLES);
         const XcbReply<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
         if (tree) {
@@ -119,9 +139,11 @@ void X11FrameStream::watchChanges(xcb_connection_t* connection) {
 }
 
 // A damage object lives as long as its window; the server drops it when the window goes.
-void X11FrameStream::trackWindow(xcb_connection_t* connection, xcb_window_t window) {
-    if (!damage_) return;
-    xcb_damage_create(connection, xcb_generate_id(connection), window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+std::uint32_t X11FrameStream::trackWindow(xcb_connection_t* connection, xcb_window_t window) {
+    if (!damage_) return XCB_NONE;
+    const std::uint32_t damage = xcb_generate_id(connection);
+    xcb_damage_create(connection, damage, window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    return damage;
 }
 
 void X11FrameStream::run() {
@@ -129,7 +151,7 @@ void X11FrameStream::run() {
     const double intervalMs = configuration_.minimumFrameIntervalSeconds * 1000.0;
     // Pointer motion is announced to no one, and without DAMAGE nothing is: look each interval.
     const bool poll = configuration_.showsCursor || !damage_;
-    FramePacer pacer(intervalMs, poll ? std::optional<double>(intervalMs) : std::nullopt);
+    FramePacer pacer(intervalMs, showedNothingGapMs, poll ? std::optional<double>(intervalMs) : std::nullopt);
     while (!stopping_) {
         if (filterChanged_.exchange(false)) pacer.noteChange();
         if (handleEvents(connection)) pacer.noteChange();
@@ -141,20 +163,33 @@ void X11FrameStream::run() {
         const FramePacer::Decision decision = pacer.decide(now);
         if (decision.takeFrame) {
             pacer.frameTaken(now);
-            rearmDamage(connection);
+            // The server puts a window it has just mapped on the screen after it tells of the map:
+            // after one round trip, the damage of what it drew up to now is in, and this frame
+            // shows it.
+            connection_.sync();
+            handleEvents(connection);
+            if (displayMoved_ && followDisplay(connection) == Followed::refused) return;
+            const std::optional<std::vector<PixelRect>> drawn = takeDamage(connection);
             std::set<std::int32_t> excluded;
             {
                 const std::lock_guard guard(filterLock_);
                 excluded = excludedPids_;
             }
-            const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor);
+            const std::optional<BgraFrameView> frame = composer_->compose(excluded, configuration_.showsCursor, drawn);
+            // A display that shrank refuses a read at its former size before the news of it comes.
+            const Followed followed = frame ? Followed::same : followDisplay(connection);
+            if (followed == Followed::refused) return;
+            if (followed == Followed::moved) {
+                pacer.noteChange();
+                continue;
+            }
             if (!frame) {
                 output_->didStopWithError(xcb_connection_has_error(connection)
                                               ? "the connection to the X server was lost"
                                               : "the X server would not give the display's pixels");
                 return;
             }
-            output_->didOutputFrame(*frame, 0);
+            if (!output_->didOutputFrame(*frame, 0)) pacer.frameShowedNothingNew();
             continue;
         }
         xcb_flush(connection);
@@ -177,15 +212,33 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
         if (type == 0) {
             // An error: a window that went away between two requests. Nothing to do.
         } else if (damage_ && type == damageEvent_ + XCB_DAMAGE_NOTIFY) {
-            damaged_.push_back(reinterpret_cast<xcb_damage_notify_event_t*>(event)->damage);
+            const auto* notify = reinterpret_cast<xcb_damage_notify_event_t*>(event);
+            if (notify->damage == rootDamage_) {
+                noteDrawn({notify->area.x, notify->area.y, notify->area.width, notify->area.height});
+            } else {
+                damaged_.push_back(notify->damage);
+            }
             changed = true;
         } else if (xfixesEvent_ != 0 && type == xfixesEvent_ + XCB_XFIXES_CURSOR_NOTIFY) {
             changed = true;
+        } else if (randrEvent_ != 0 && (type == randrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                                        type == randrEvent_ + XCB_RANDR_NOTIFY)) {
+            displayMoved_ = true;
+            changed = true;
         } else {
+            // The root's own configuration changes with the screen's size.
+            if (type == XCB_CONFIGURE_NOTIFY &&
+                reinterpret_cast<xcb_configure_notify_event_t*>(event)->window == connection_.root()) {
+                displayMoved_ = true;
+            }
             switch (type) {
-                case XCB_CREATE_NOTIFY:
-                    trackWindow(connection, reinterpret_cast<xcb_create_notify_event_t*>(event)->window);
+                case XCB_CREATE_NOTIFY: {
+                    // The composer's own window changes whenever it is read: watching it would
+                    // make frames without end.
+                    const xcb_window_t created = reinterpret_cast<xcb_create_notify_event_t*>(event)->window;
+                    if (created != composer_->ownWindow()) trackWindow(connection, created);
                     [[fallthrough]];
+                }
                 case XCB_DESTROY_NOTIFY:
                 case XCB_MAP_NOTIFY:
                 case XCB_UNMAP_NOTIFY:
@@ -204,13 +257,50 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
     return changed;
 }
 
+// A client that draws in many small pieces must not make the list grow without bound: past a
+// point, one rectangle around all of them stands for them.
+void X11FrameStream::noteDrawn(const PixelRect& area) {
+    constexpr std::size_t maxDrawnAreas = 1024;
+    if (drawn_.size() < maxDrawnAreas) {
+        drawn_.push_back(area);
+        return;
+    }
+    PixelRect around = area;
+    for (const PixelRect& r : drawn_) around = unite(around, r);
+    drawn_.assign(1, around);
+}
+
 // Re-arms every damage object that reported, before the frame is read: what changes while it
-// is read reports again and makes the next frame.
-void X11FrameStream::rearmDamage(xcb_connection_t* connection) {
+// is read reports again and makes the next frame. Returns where the server drew on the screen
+// since the last frame, in root coordinates; absent when the server cannot say.
+std::optional<std::vector<PixelRect>> X11FrameStream::takeDamage(xcb_connection_t* connection) {
+    if (!damage_) return std::nullopt;
     std::sort(damaged_.begin(), damaged_.end());
     damaged_.erase(std::unique(damaged_.begin(), damaged_.end()), damaged_.end());
+    damaged_.push_back(rootDamage_);
     for (const std::uint32_t damage : damaged_) xcb_damage_subtract(connection, damage, XCB_NONE, XCB_NONE);
     damaged_.clear();
+    return std::exchange(drawn_, {});
+}
+
+// Looks where the stream's display lies now (the main display when it is gone) and, when that
+// moved or changed its size, composes the next frames there, starting with a whole one. When it
+// cannot be captured there, the stream stops.
+X11FrameStream::Followed X11FrameStream::followDisplay(xcb_connection_t* connection) {
+    displayMoved_ = false;
+    const std::vector<Monitor> all = monitors(connection, connection_.screen());
+    const auto same = std::find_if(all.begin(), all.end(), [this](const Monitor& m) { return m.id == displayID_; });
+    const Rect bounds = same != all.end() ? same->bounds : mainMonitor(all).bounds;
+    const PixelRect now{std::llround(bounds.x), std::llround(bounds.y), std::llround(bounds.width),
+                        std::llround(bounds.height)};
+    if (now == display_ || now.empty()) return Followed::same;
+    display_ = now;
+    composer_ = std::make_unique<FrameComposer>(connection, connection_.screen(), now);
+    if (const auto error = composer_->prepare()) {
+        output_->didStopWithError(*error);
+        return Followed::refused;
+    }
+    return Followed::moved;
 }
 
 bool X11FrameStream::pointerMoved(xcb_connection_t* connection) {

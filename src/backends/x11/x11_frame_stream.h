@@ -22,13 +22,16 @@ namespace brisko::platform::x11 {
 // A frame stream of one display of an X server. Its thread sleeps until the server reports a
 // change (DAMAGE on the root and on every top-level window, changes of the window tree, of the
 // cursor's shape, or a moved pointer), then composes a frame at most at the configured pace and
-// hands it to the output; a still screen costs a look at the pointer now and then. A frame is
+// hands it to the output, reading from the server only where the root's damage says it drew; a
+// still screen costs a look at the pointer now and then. A frame is
 // composed and delivered on the same thread, so none ever waits in a queue. The stream has its
 // own connection, whose events only it reads.
 class X11FrameStream final : public FrameStream {
 public:
-    // display: where the display lies on the screen; absent when it has gone.
-    X11FrameStream(std::optional<PixelRect> display, const CaptureFilter& filter, const FrameStreamConfiguration& configuration);
+    // display: where the display lies on the screen; absent when it has gone. When the display
+    // changes its size or place later, the frames follow it.
+    X11FrameStream(std::uint32_t displayID, std::optional<PixelRect> display, const CaptureFilter& filter,
+                   const FrameStreamConfiguration& configuration);
     ~X11FrameStream() override;
 
     std::optional<std::string> addOutput(FrameStreamOutput& output) override;
@@ -38,23 +41,31 @@ public:
 
 private:
     void watchChanges(xcb_connection_t* connection);
-    void trackWindow(xcb_connection_t* connection, xcb_window_t window);
+    std::uint32_t trackWindow(xcb_connection_t* connection, xcb_window_t window);
     void run();
     // Reads every event the server has sent; true when one of them means the picture may differ.
     bool handleEvents(xcb_connection_t* connection);
+    enum class Followed { same, moved, refused };
+    Followed followDisplay(xcb_connection_t* connection);
     bool pointerMoved(xcb_connection_t* connection);
-    void rearmDamage(xcb_connection_t* connection);
+    void noteDrawn(const PixelRect& area);
+    std::optional<std::vector<PixelRect>> takeDamage(xcb_connection_t* connection);
     void wake();
 
-    const std::optional<PixelRect> display_;
+    const std::uint32_t displayID_;
+    std::optional<PixelRect> display_;
     const FrameStreamConfiguration configuration_;
     FrameStreamOutput* output_ = nullptr;
     X11Connection connection_;
     std::unique_ptr<FrameComposer> composer_;
     std::uint8_t damageEvent_ = 0;
     std::uint8_t xfixesEvent_ = 0;
+    std::uint8_t randrEvent_ = 0;
+    bool displayMoved_ = false;  // the screen or a monitor changed: where is the display now?
     bool damage_ = false;
-    std::vector<std::uint32_t> damaged_;  // damage objects that reported since the last frame
+    std::uint32_t rootDamage_ = XCB_NONE;
+    std::vector<PixelRect> drawn_;        // where the root's damage reported since the last frame
+    std::vector<std::uint32_t> damaged_;  // other damage objects that reported since then
 
     std::mutex filterLock_;
     std::set<std::int32_t> excludedPids_;

@@ -90,7 +90,7 @@ std::unique_ptr<FrameStream> X11ScreenCapture::makeFrameStream(const CaptureFilt
                                                                const FrameStreamConfiguration& configuration) {
     std::optional<PixelRect> display;
     if (const std::optional<Rect> bounds = displayBounds(filter.display.displayID)) display = pixelRect(*bounds);
-    return std::make_unique<X11FrameStream>(display, filter, configuration);
+    return std::make_unique<X11FrameStream>(filter.display.displayID, display, filter, configuration);
 }
 
 }  // namespace brisko::platform::x11

@@ -20,23 +20,27 @@ bool layoutDepth(std::uint8_t depth) { return depth == 24 || depth == 32; }
 ShmImage::ShmImage(xcb_connection_t* connection, std::size_t maxPixels)
     : connection_(connection), bytes_(maxPixels * 4) {
     const xcb_query_extension_reply_t* shm = xcb_get_extension_data(connection, &xcb_shm_id);
-    if (!shm || !shm->present || bytes_ == 0) return;
+    if (!shm || !shm->present || bytes_ == 0 || !attach()) copied_.resize(bytes_);
+}
+
+bool ShmImage::attach() {
     const int id = ::shmget(IPC_PRIVATE, bytes_, IPC_CREAT | 0600);
-    if (id < 0) return;
+    if (id < 0) return false;
     void* memory = ::shmat(id, nullptr, 0);
-    const xcb_shm_seg_t segment = xcb_generate_id(connection);
+    const xcb_shm_seg_t segment = xcb_generate_id(connection_);
     const bool attached = memory != reinterpret_cast<void*>(-1) &&
                           XcbReply<xcb_generic_error_t>(xcb_request_check(
-                              connection, xcb_shm_attach_checked(connection, segment, static_cast<std::uint32_t>(id), 0))) ==
+                              connection_, xcb_shm_attach_checked(connection_, segment, static_cast<std::uint32_t>(id), 0))) ==
                               nullptr;
     // Marked for removal now: it goes away when both sides have let go, even if this process dies.
     ::shmctl(id, IPC_RMID, nullptr);
     if (!attached) {
         if (memory != reinterpret_cast<void*>(-1)) ::shmdt(memory);
-        return;
+        return false;
     }
     segment_ = segment;
     memory_ = static_cast<std::uint8_t*>(memory);
+    return true;
 }
 
 ShmImage::~ShmImage() {
@@ -47,23 +51,25 @@ ShmImage::~ShmImage() {
 }
 
 std::uint8_t* ShmImage::read(xcb_drawable_t drawable, std::int16_t x, std::int16_t y, std::uint16_t width,
-                             std::uint16_t height) {
-    if (std::size_t{width} * height * 4 > bytes_ || width == 0 || height == 0) return nullptr;
-    return shared() ? readShared(drawable, x, y, width, height) : readCopied(drawable, x, y, width, height);
+                             std::uint16_t height, std::size_t offset) {
+    if (offset + std::size_t{width} * height * 4 > bytes_ || width == 0 || height == 0) return nullptr;
+    return shared() ? readShared(drawable, x, y, width, height, offset)
+                    : readCopied(drawable, x, y, width, height, offset);
 }
 
 std::uint8_t* ShmImage::readShared(xcb_drawable_t drawable, std::int16_t x, std::int16_t y, std::uint16_t width,
-                                   std::uint16_t height) {
+                                   std::uint16_t height, std::size_t offset) {
     const XcbReply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(
         connection_,
-        xcb_shm_get_image(connection_, drawable, x, y, width, height, allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP, segment_, 0),
+        xcb_shm_get_image(connection_, drawable, x, y, width, height, allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP, segment_,
+                          static_cast<std::uint32_t>(offset)),
         nullptr));
     if (!reply || !layoutDepth(reply->depth)) return nullptr;
-    return memory_;
+    return memory_ + offset;
 }
 
 std::uint8_t* ShmImage::readCopied(xcb_drawable_t drawable, std::int16_t x, std::int16_t y, std::uint16_t width,
-                                   std::uint16_t height) {
+                                   std::uint16_t height, std::size_t offset) {
     const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(
         connection_, xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, x, y, width, height, allPlanes),
         nullptr));
@@ -71,9 +77,8 @@ std::uint8_t* ShmImage::readCopied(xcb_drawable_t drawable, std::int16_t x, std:
     if (!reply || !layoutDepth(reply->depth) || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < bytes) {
         return nullptr;
     }
-    copied_.resize(bytes_);
-    std::memcpy(copied_.data(), xcb_get_image_data(reply.get()), bytes);
-    return copied_.data();
+    std::memcpy(copied_.data() + offset, xcb_get_image_data(reply.get()), bytes);
+    return copied_.data() + offset;
 }
 
 std::optional<std::string> unsupportedPixelLayout(xcb_connection_t* connection, const xcb_screen_t& screen) {
