@@ -185,6 +185,8 @@ TEST_F(Capture, BeneathTheHostIsTheRootWindowsOwnBackgroundAndWindowsOnlyWhereTh
     {
         CaptureStreamProcess stream;
         EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
+        app.ask("background 102030", "background");  // read afresh for every frame
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x102030); }));
     }
     brisko.unmap("panel");
     app.map("under", Box{300, 200, 400, 300}.spec(red));
