@@ -4,11 +4,7 @@
 // covers the screen and timestamps the events as they reach it.
 #include <benchmark/benchmark.h>
 
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -20,11 +16,9 @@
 
 #include <xcb/xcb.h>
 
-#include "platform/services.h"
-#include "support/run_program.h"
+#include "backends/backend.h"
+#include "support/process.h"
 #include "support/xvfb_display.h"
-
-extern char** environ;
 
 namespace {
 
@@ -88,26 +82,10 @@ Observer& observer() {
     return instance;
 }
 
-pid_t spawn(const std::vector<std::string>& args, int stdinFd = -1) {
-    std::vector<std::string> store = args;
-    std::vector<char*> argv;
-    for (auto& a : store) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    if (stdinFd >= 0) posix_spawn_file_actions_adddup2(&actions, stdinFd, STDIN_FILENO);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t pid = -1;
-    const int failed = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (failed) throw std::runtime_error("cannot start " + args[0]);
-    return pid;
-}
-
-int reap(pid_t pid) {
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
+std::unique_ptr<brisko::testing::Process> launch(const std::vector<std::string>& args) {
+    return std::make_unique<brisko::testing::Process>(args[0], std::vector<std::string>(args.begin() + 1, args.end()),
+                                                      brisko::testing::Environment{},
+                                                      brisko::testing::Streams::pipedOwnErr);
 }
 
 // One process that moves and clicks: the time to its first event (the motion) and to its last
@@ -120,10 +98,10 @@ void measureOneShotClick(benchmark::State& state, const std::vector<std::string>
         screen.drain();
         const int x = 200 + 10 * (i++ % 2);
         const auto start = Clock::now();
-        const pid_t pid = spawn(command(x));
+        const auto process = launch(command(x));
         const auto first = screen.waitFor(XCB_MOTION_NOTIFY);
         const auto last = screen.waitFor(XCB_BUTTON_RELEASE, 1);
-        if (reap(pid) != 0 || !first || !last) {
+        if (process->wait() != 0 || !first || !last) {
             state.SkipWithError("the click did not arrive");
             return;
         }
@@ -161,29 +139,22 @@ void measureStream(benchmark::State& state, const std::vector<std::string>& args
     for (int i = 0; i < streamMoves; ++i) input += line(100 + i % 500, 100 + (i / 500) % 400);
     for (auto _ : state) {
         screen.drain();
-        int pipeFds[2];
-        if (::pipe2(pipeFds, O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
-        const pid_t pid = spawn(args, pipeFds[0]);
-        ::close(pipeFds[0]);
-        const auto start = Clock::now();
-        for (std::size_t done = 0; done < input.size();) {
-            const ssize_t n = ::write(pipeFds[1], input.data() + done, input.size() - done);
-            if (n <= 0) break;
-            done += static_cast<std::size_t>(n);
-        }
-        ::close(pipeFds[1]);
+        const auto process = launch(args);
+        const auto begin = Clock::now();
+        process->write(input);
+        process->closeInput();
         std::optional<Clock::time_point> last;
         int seen = 0;
         while (auto at = screen.waitFor(XCB_MOTION_NOTIFY)) {
             last = at;
             if (++seen == streamMoves) break;
         }
-        reap(pid);
+        process->finish();
         if (seen != streamMoves || !last) {
             state.SkipWithError(("only " + std::to_string(seen) + " moves arrived").c_str());
             return;
         }
-        state.SetIterationTime(std::chrono::duration<double>(*last - start).count());
+        state.SetIterationTime(std::chrono::duration<double>(*last - begin).count());
     }
     state.counters["events_per_s"] =
         benchmark::Counter(static_cast<double>(streamMoves) * static_cast<double>(state.iterations()),

@@ -21,8 +21,6 @@ ProcessState::ProcessState(platform::Services& platformServices)
       source(platformServices.events),
       postPacingMicroseconds(10000),
       heldFlags(0),
-      rawInputCommandNames({"mousemove", "mousedown", "mouseup", "keydown", "keyup", "type-unicode",
-                            "set-clipboard", "scroll"}),
       maxPlayLines(120000),
       maxPlayDurationMs(600000),
       modifierNameByKeyCode(makeModifierNameByKeyCode()),

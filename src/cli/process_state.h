@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "input/key_vocabulary.h"
+#include "cli/key_tables.h"
+#include "cli/play_control.h"
 #include "platform/services.h"
-#include "play/play_control.h"
 
 namespace brisko {
 
@@ -29,7 +29,6 @@ struct ProcessState {
     platform::EventPoster& source;
     std::uint32_t postPacingMicroseconds;
     EventFlags heldFlags;
-    const std::set<std::string> rawInputCommandNames;
     const std::int64_t maxPlayLines;
     const std::int64_t maxPlayDurationMs;
     const std::map<std::string, std::string> modifierNameByKeyCode;

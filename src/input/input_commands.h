@@ -1,7 +1,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "cli/command_row.h"
 
 namespace brisko {
 
@@ -13,7 +16,11 @@ void runDrag(const std::vector<std::string>& rest);
 void runType(const std::string& text);
 void runKey(const std::string& combo);
 
-// Runs one raw input command; false, doing nothing, when the word is not one of them.
+// The raw input commands: one press or release each, also run by play blocks and input-stream.
+const std::vector<CommandRow>& rawCommandRows();
+bool isRawInputCommand(std::string_view word);
+// Runs one raw input command; false, doing nothing, when the word is not one of them. A wrong
+// argument count raises the row's usage line.
 bool runRawInputCommand(const std::string& word, const std::vector<std::string>& arguments);
 
 }  // namespace brisko

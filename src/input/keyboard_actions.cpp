@@ -5,9 +5,9 @@
 
 #include "cli/diagnostics.h"
 #include "cli/process_state.h"
+#include "cli/unicode_text.h"
 #include "input/event_posting.h"
 #include "input/type_plan.h"
-#include "input/unicode_text.h"
 
 namespace brisko {
 namespace {

@@ -10,6 +10,7 @@
 #include "cli/number_text.h"
 #include "cli/parse_point.h"
 #include "cli/process_state.h"
+#include "cli/unicode_text.h"
 #include "clipboard/base64.h"
 #include "clipboard/clipboard_commands.h"
 #include "input/event_posting.h"
@@ -17,7 +18,6 @@
 #include "input/keyboard_actions.h"
 #include "input/mouse_button.h"
 #include "input/pointer_actions.h"
-#include "input/unicode_text.h"
 #include "ownui/refusal.h"
 
 namespace brisko {
@@ -76,8 +76,9 @@ void runRawKey(const Arguments& arguments, bool down) {
 // A Unicode scalar value written in hexadecimal without prefix, such as "1F600".
 char32_t parseScalarHex(const std::string& text) {
     const auto value = parseInteger(text, 16);
-    const bool scalar = value && *value >= 0 && *value <= 0x10FFFF && !(*value >= 0xD800 && *value <= 0xDFFF);
-    if (!scalar) throw InputCommandError("expected a hex Unicode code point, got '" + text + "'");
+    if (!value || !isScalarValue(*value)) {
+        throw InputCommandError("expected a hex Unicode code point, got '" + text + "'");
+    }
     return static_cast<char32_t>(*value);
 }
 
@@ -108,35 +109,33 @@ void runScroll(const Arguments& arguments) {
     scroll(arguments[0], static_cast<std::int32_t>(*amount));
 }
 
-struct RawCommand {
-    std::string_view word;
-    std::size_t minCount;
-    std::size_t maxCount;
-    std::string_view usage;
-    void (*run)(const Arguments&);
-};
-
-const RawCommand rawCommands[] = {
-    {"mousemove", 2, 4, "usage: mousemove X Y [left|middle|right|none [flags]]", runMouseMove},
-    {"mousedown", 3, 4, "usage: mousedown X Y left|middle|right [flags]", runMouseDown},
-    {"mouseup", 3, 4, "usage: mouseup X Y left|middle|right [flags]", runMouseUp},
-    {"keydown", 2, 2, "usage: keydown <cgkeycode> <flags|none>", [](const Arguments& a) { runRawKey(a, true); }},
-    {"keyup", 2, 2, "usage: keyup <cgkeycode> <flags|none>", [](const Arguments& a) { runRawKey(a, false); }},
-    {"type-unicode", 1, 1, "usage: type-unicode <hex code point>", runTypeUnicode},
-    {"set-clipboard", 1, 1, "usage: set-clipboard <base64 utf-8 text>", runSetClipboard},
-    {"scroll", 2, 3, scrollUsage, runScroll},
-};
+using Run = void (*)(const Arguments&);
+constexpr Run runKeyDown = [](const Arguments& a) { runRawKey(a, true); };
+constexpr Run runKeyUp = [](const Arguments& a) { runRawKey(a, false); };
 
 }  // namespace
 
+const std::vector<CommandRow>& rawCommandRows() {
+    static const std::vector<CommandRow> rows = {
+        {"mousemove", between<2, 4>, "usage: mousemove X Y [left|middle|right|none [flags]]", runMouseMove},
+        {"mousedown", between<3, 4>, "usage: mousedown X Y left|middle|right [flags]", runMouseDown},
+        {"mouseup", between<3, 4>, "usage: mouseup X Y left|middle|right [flags]", runMouseUp},
+        {"keydown", between<2, 2>, "usage: keydown <cgkeycode> <flags|none>", runKeyDown},
+        {"keyup", between<2, 2>, "usage: keyup <cgkeycode> <flags|none>", runKeyUp},
+        {"type-unicode", between<1, 1>, "usage: type-unicode <hex code point>", runTypeUnicode},
+        {"set-clipboard", between<1, 1>, "usage: set-clipboard <base64 utf-8 text>", runSetClipboard},
+        {"scroll", between<2, 3>, scrollUsage, runScroll},
+    };
+    return rows;
+}
+
+bool isRawInputCommand(std::string_view word) { return findCommand(rawCommandRows(), word) != nullptr; }
+
 bool runRawInputCommand(const std::string& word, const std::vector<std::string>& arguments) {
-    const auto command = std::find_if(std::begin(rawCommands), std::end(rawCommands),
-                                      [&](const RawCommand& c) { return c.word == word; });
-    if (command == std::end(rawCommands)) return false;
-    if (arguments.size() < command->minCount || arguments.size() > command->maxCount) {
-        throw InputCommandError(std::string(command->usage));
-    }
-    command->run(arguments);
+    const CommandRow* command = findCommand(rawCommandRows(), word);
+    if (!command) return false;
+    if (!command->acceptsCount(arguments.size())) throw InputCommandError(std::string(command->usage));
+    command->action(arguments);
     return true;
 }
 

@@ -7,8 +7,8 @@
 #include "platform/geometry.h"
 
 // The raw commands post at most one press or release each; what must outlive one command (held
-// modifier flags, buttons whose press was refused) lives in the process state. The runner itself,
-// runRawInputCommand, is declared with the other command entry points in input/input_commands.h.
+// modifier flags, buttons whose press was refused) lives in the process state. Their rows and
+// runner are declared with the other command entry points in input/input_commands.h.
 
 namespace brisko {
 

@@ -1,6 +1,6 @@
 #include "input/type_plan.h"
 
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 
 namespace brisko {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "cli/process_state.h"
-#include "input/unicode_text.h"
+#include "cli/unicode_text.h"
 #include "ownui/owner_identity.h"
 
 namespace brisko {

@@ -35,7 +35,4 @@ public:
     virtual Services& services() = 0;
 };
 
-// Implemented once per platform (src/backends/x11, src/backends/macos).
-std::unique_ptr<Backend> makeBackend();
-
 }  // namespace brisko::platform

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "cli/process_state.h"
+#include "input/input_commands.h"
 
 namespace brisko {
 namespace {
@@ -56,7 +57,6 @@ PlayHeader parsePlayHeader(const std::vector<std::string>& tokens) {
 }
 
 PlayBlock parsePlayBlock(const std::string& id, std::int64_t durationMs, const std::vector<std::string>& lines) {
-    const auto& rawWords = processState().rawInputCommandNames;
     PlayBlock block{id, durationMs, {}};
     block.lines.reserve(lines.size());
     std::int64_t previous = 0;
@@ -66,7 +66,7 @@ PlayBlock parsePlayBlock(const std::string& id, std::int64_t durationMs, const s
         const auto t = tokens.empty() ? std::nullopt : parseMs(tokens[0]);
         if (!t) refuseLine(id, number, "expected a non-negative integer t, got '" + lines[i] + "'");
         if (tokens.size() == 1) refuseLine(id, number, "no command after t in '" + lines[i] + "'");
-        if (!rawWords.contains(tokens[1])) refuseLine(id, number, "unknown raw command '" + tokens[1] + "'");
+        if (!isRawInputCommand(tokens[1])) refuseLine(id, number, "unknown raw command '" + tokens[1] + "'");
         if (*t < previous) {
             refuseLine(id, number,
                        "t " + std::to_string(*t) + " goes backwards after " + std::to_string(previous));

@@ -1,25 +1,24 @@
 // screenshot and capture-stream against a real X server: windows of known colours, some of them
 // owned by a process named like the host's menu-bar process, which must never be seen.
+#include <gtest/gtest.h>
+
 #include <atomic>
-#include <chrono>
-#include <thread>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <thread>
 #include <unistd.h>
-#include <random>
-#include <sstream>
 
-#include "capture_stream_decoder.h"
-#include "support/child_process.h"
+#include <xcb/xcb.h>
+
 #include "support/capture_stream_process.h"
-#include "support/screen_control.h"
-#include "support/x11_display_test.h"
+#include "support/window_client_process.h"
+#include "support/xvfb_display.h"
 
 namespace brisko::testing {
 namespace {
 
-using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
 constexpr std::uint32_t wallpaper = 0x203040;
@@ -50,36 +49,59 @@ bool filled(const RgbaPicture& picture, const Box& box, std::uint32_t color) {
     return true;
 }
 
-class Capture : public X11DisplayTest {
-protected:
-    // The connection lasts the suite: a server whose last client leaves starts afresh, and
-    // refuses connections meanwhile.
-    static void SetUpTestSuite() {
-        X11DisplayTest::SetUpTestSuite();
-        screen = new ScreenControl(display().name());
-        screen->setWallpaper(wallpaper);
+// The whole screen as the server holds it, without the pointer's sprite.
+RgbaPicture screenPixels() {
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    const std::uint16_t width = screen->width_in_pixels, height = screen->height_in_pixels;
+    xcb_get_image_reply_t* reply = xcb_get_image_reply(
+        c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 0, 0, width, height, ~0u), nullptr);
+    RgbaPicture picture{width, height, std::vector<std::uint8_t>(std::size_t{width} * height * 4, 255)};
+    const std::uint8_t* bgrx = reply ? xcb_get_image_data(reply) : nullptr;
+    for (std::size_t i = 0; bgrx && i < std::size_t{width} * height; ++i) {
+        for (int channel = 0; channel < 3; ++channel) picture.rgba[i * 4 + channel] = bgrx[i * 4 + 2 - channel];
     }
-    static void TearDownTestSuite() {
-        delete screen;
-        X11DisplayTest::TearDownTestSuite();
-    }
-    void SetUp() override { screen->warpPointer(1400, 860); }
+    std::free(reply);
+    xcb_disconnect(c);
+    return picture;
+}
 
-    static inline ScreenControl* screen = nullptr;
+// Whether the pictures have the same pixels outside the square of half-size 24 around the
+// pointer, where the stream draws the cursor.
+bool sameOutsideTheCursor(const RgbaPicture& a, const RgbaPicture& b, int pointerX = 1400, int pointerY = 860) {
+    if (a.width != b.width || a.height != b.height) return false;
+    for (std::uint32_t y = 0; y < a.height; ++y) {
+        for (std::uint32_t x = 0; x < a.width; ++x) {
+            const bool cursor = std::abs(int(x) - pointerX) <= 24 && std::abs(int(y) - pointerY) <= 24;
+            if (!cursor && a.rgb(x, y) != b.rgb(x, y)) return false;
+        }
+    }
+    return true;
+}
+
+class Capture : public ::testing::Test {
+protected:
+    Capture() {
+        app.ask("wallpaper 203040", "wallpaper");
+        app.ask("warp 1400 860", "warped");
+    }
+
+    const XvfbDisplay& display = testDisplay();
+    WindowClientProcess app;
 };
 
 TEST_F(Capture, ScreenshotShowsWhatLiesBeneathTheHostAndNoCursor) {
     const Box a{100, 100, 400, 300}, b{600, 100, 300, 300}, host{300, 200, 500, 300};
-    WindowClientProcess& app = startClient();
     app.map("a", a.spec(red));
     app.map("b", b.spec(green));
-    startClient(menubarClientPath()).map("panel", host.spec(hostBlue));
-    screen->warpPointer(150, 150);  // over a window, outside the host's
-    const RgbaPicture shown = screen->screen();
+    WindowClientProcess brisko(menubarClientPath());
+    brisko.map("panel", host.spec(hostBlue));
+    app.ask("warp 150 150", "warped");  // over a window, outside the host's
+    const RgbaPicture shown = screenPixels();
     ASSERT_TRUE(filled(shown, host, hostBlue));
 
-    const fs::path path = fs::temp_directory_path() / ("brisko-shot-" + std::to_string(std::random_device{}()) + ".png");
-    const ProgramResult result = brisko({"screenshot", path.string()});
+    const fs::path path = fs::temp_directory_path() / ("brisko-shot-" + std::to_string(::getpid()) + ".png");
+    const ProgramResult result = runBrisko({"screenshot", path.string()});
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, "");
     const std::optional<RgbaPicture> shot = readPng(path.string());
@@ -105,110 +127,73 @@ TEST_F(Capture, ScreenshotShowsWhatLiesBeneathTheHostAndNoCursor) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(Capture, StreamFollowsEachChangeWithTheCursorDrawnIn) {
-    const Box a{100, 100, 400, 300}, b{600, 100, 300, 300};
-    WindowClientProcess& app = startClient();
-    app.map("a", a.spec(red));
-    app.map("b", b.spec(green));
-    CaptureStreamProcess stream(display().name());
-    const auto showsTheScreen = [&] {
-        const RgbaPicture expected = screen->screen();
-        return stream.waitForPicture([&](const RgbaPicture& p) { return samePixels(p, expected, 1400, 860, 24); });
+TEST_F(Capture, EveryRecordOfAChangeShowsTheScreenAsItIsWithTheCursorDrawnIn) {
+    app.map("a", Box{100, 100, 400, 300}.spec(red));
+    app.map("b", Box{900, 500, 30, 20}.spec(green));
+    CaptureStreamProcess stream;
+    int pointerX = 1400, pointerY = 860;
+    const auto warp = [&](int x, int y) { app.ask("warp " + std::to_string(pointerX = x) + " " + std::to_string(pointerY = y), "warped"); };
+    const std::vector<std::pair<std::string, std::function<void()>>> steps = {
+        {"the first record", [] {}},
+        {"a small window repainted", [&] { app.paint("b", 0x123456); }},
+        {"the pointer moved onto a window", [&] { warp(200, 200); }},
+        {"the window under the pointer repainted", [&] { app.paint("a", 0x654321); }},
+        {"the pointer moved off it", [&] { warp(1000, 100); }},
+        {"a window mapped and another unmapped", [&] {
+             app.map("c", Box{300, 700, 50, 50}.spec(0xabcdef));
+             app.unmap("b");
+         }},
     };
-    ASSERT_TRUE(showsTheScreen());
-    app.paint("a", 0x777777);
-    ASSERT_TRUE(showsTheScreen()) << "after repainting a window";
-    app.unmap("b");
-    ASSERT_TRUE(showsTheScreen()) << "after unmapping a window";
-    app.map("c", Box{1000, 500, 100, 100}.spec(0xabcdef));
-    ASSERT_TRUE(showsTheScreen()) << "after mapping a window";
-
-    // The cursor is drawn where the pointer is, and follows it.
-    EXPECT_FALSE(samePixels(stream.picture(), screen->screen()));
-    screen->warpPointer(300, 250);
-    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return !filled(p, {290, 240, 20, 20}, 0x777777); }));
-
+    for (const auto& [name, step] : steps) {
+        step();
+        const RgbaPicture expected = screenPixels();
+        EXPECT_TRUE(stream.waitForPicture(
+            [&](const RgbaPicture& p) { return sameOutsideTheCursor(p, expected, pointerX, pointerY); }))
+            << name;
+    }
+    EXPECT_NE(stream.picture().rgba, screenPixels().rgba) << "the cursor is drawn in";
     stream.closeInput();
     EXPECT_EQ(stream.wait(), 0);
     EXPECT_EQ(stream.errors(), "");
 }
 
-TEST_F(Capture, AHostWindowMappedDuringTheStreamDisappearsWithinTheRefresh) {
-    const Box a{100, 100, 800, 600}, host{300, 200, 300, 200}, marker{1200, 700, 50, 50};
-    WindowClientProcess& app = startClient();
+TEST_F(Capture, AHostWindowIsLeftOutWithinTheRefreshOfItsAppearingAndWhatItHidesIsSeenChanging) {
+    const Box a{100, 100, 800, 600}, host{300, 200, 300, 200}, hidden{350, 250, 100, 100}, marker{1200, 700, 50, 50};
     app.map("a", a.spec(red));
     app.map("marker", marker.spec(0x000001));
-    CaptureStreamProcess stream(display().name());
+    CaptureStreamProcess stream;
     ASSERT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, a, red); }));
 
-    WindowClientProcess& brisko = startClient(menubarClientPath());
+    WindowClientProcess brisko(menubarClientPath());
     const auto mapped = CaptureStreamProcess::Clock::now();
     brisko.map("panel", host.spec(hostBlue));
     app.paint("marker", 0x000002);  // a change after the host's window appeared, seen in the same frame or later
-    const auto hidden = stream.waitForPicture(
+    const auto left = stream.waitForPicture(
         [&](const RgbaPicture& p) { return filled(p, marker, 0x000002) && filled(p, a, red); }, 5s);
-    ASSERT_TRUE(hidden);
-    EXPECT_LE(*hidden - mapped, 2500ms);
+    ASSERT_TRUE(left);
+    EXPECT_LE(*left - mapped, 2500ms);
 
-    // Once the host process has ended, the stream goes on showing every change.
-    brisko.unmap("panel");
-    app.paint("a", green);
-    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, a, green); }));
+    app.map("hidden", hidden.spec(green));  // entirely under the host's window
+    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, hidden, green); }));
 }
 
-TEST_F(Capture, AWindowHiddenUnderTheHostIsSeenChanging) {
-    const Box a{350, 250, 100, 100}, host{300, 200, 300, 200};  // nothing of a shows on the screen
-    WindowClientProcess& app = startClient();
-    app.map("a", a.spec(red));
-    startClient(menubarClientPath()).map("panel", host.spec(hostBlue));
-    CaptureStreamProcess stream(display().name());
-    ASSERT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, a, red); }));
-    app.paint("a", green);
-    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, a, green); }));
-}
-
-TEST_F(Capture, EveryFrameOfSmallChangesIsExactlyAFreshPictureOfTheScreen) {
-    WindowClientProcess& app = startClient();
-    app.map("a", Box{100, 100, 400, 300}.spec(red));
-    app.map("b", Box{900, 500, 30, 20}.spec(green));
-    CaptureStreamProcess stream(display().name());
-    int pointerX = 1400, pointerY = 860;
-    const auto showsTheScreen = [&](const std::string& step) {
-        const RgbaPicture expected = screen->screen();  // read whole, without the pointer's sprite
-        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return samePixels(p, expected, pointerX, pointerY, 24); }))
-            << step;
-    };
-    showsTheScreen("first frame");
-    const std::vector<std::pair<std::string, std::function<void()>>> steps = {
-        {"a small window repainted", [&] { app.paint("b", 0x123456); }},
-        {"the pointer moved onto a window", [&] { screen->warpPointer(pointerX = 200, pointerY = 200); }},
-        {"the window under the pointer repainted", [&] { app.paint("a", 0x654321); }},
-        {"the pointer moved off it", [&] { screen->warpPointer(pointerX = 1000, pointerY = 100); }},
-        {"a window mapped and another unmapped", [&] { app.map("c", Box{300, 700, 50, 50}.spec(0xabcdef)); app.unmap("b"); }},
-    };
-    for (const auto& [name, step] : steps) {
-        step();
-        showsTheScreen(name);
-    }
-}
-
-TEST_F(Capture, BeneathTheHostIsTheRootWindowsOwnBackground) {
+TEST_F(Capture, BeneathTheHostIsTheRootWindowsOwnBackgroundAndWindowsOnlyWhereTheirShapesCover) {
     const Box host{300, 200, 300, 200};
-    screen->setRootBackground(0x5a6b7c);
-    startClient(menubarClientPath()).map("panel", host.spec(hostBlue));
-    CaptureStreamProcess stream(display().name());
-    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
-    screen->setWallpaper(wallpaper);
-}
-
-TEST_F(Capture, BeneathTheHostWindowsShowOnlyWhereTheirShapesCover) {
-    const Box under{300, 200, 400, 300}, shaped{350, 250, 200, 100}, host{300, 200, 300, 200};
-    WindowClientProcess& app = startClient();
-    app.map("under", under.spec(red));
-    app.map("shaped", shaped.spec(green) + " shape=100,50");
+    app.ask("background 5a6b7c", "background");
+    WindowClientProcess brisko(menubarClientPath());
+    brisko.map("panel", host.spec(hostBlue));
+    {
+        CaptureStreamProcess stream;
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
+        app.ask("background 102030", "background");  // read afresh for every frame
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x102030); }));
+    }
+    brisko.unmap("panel");
+    app.map("under", Box{300, 200, 400, 300}.spec(red));
+    app.map("shaped", Box{350, 250, 200, 100}.spec(green) + " shape=100,50");
     // The host's panel covers only its top-left 300 x 150: below that, the screen as it is.
-    startClient(menubarClientPath()).map("panel", host.spec(hostBlue) + " shape=300,150");
-    CaptureStreamProcess stream(display().name());
+    brisko.map("shaped-panel", host.spec(hostBlue) + " shape=300,150");
+    CaptureStreamProcess stream;
     EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) {
         return filled(p, {350, 250, 100, 50}, green) && filled(p, {450, 250, 150, 100}, red) &&
                filled(p, {350, 300, 100, 50}, red) && filled(p, {300, 350, 400, 150}, red);
@@ -216,17 +201,17 @@ TEST_F(Capture, BeneathTheHostWindowsShowOnlyWhereTheirShapesCover) {
 }
 
 TEST_F(Capture, BeneathTheHostTranslucentWindowsAreBlendedAsTheCompositingManagerShowsThem) {
-    e2e::ChildProcess compositor("/usr/bin/xcompmgr", {}, {{"DISPLAY", display().name()}});
-    WindowClientProcess& app = startClient();
+    Process compositor("xcompmgr", {}, {}, Streams::detached);
     app.map("under", Box{300, 200, 400, 200}.spec(red));
     app.map("glass", Box{300, 200, 400, 200}.spec(0x0000ff) + " alpha=80");
-    startClient(menubarClientPath()).map("panel", Box{300, 200, 200, 200}.spec(hostBlue));
+    WindowClientProcess brisko(menubarClientPath());
+    brisko.map("panel", Box{300, 200, 200, 200}.spec(hostBlue));
     std::uint32_t blended = 0;  // the compositing manager's blend, where no host window lies
     for (int tries = 0; tries < 100 && (blended == 0 || blended == red || blended == 0x000080); ++tries) {
-        std::this_thread::sleep_for(50ms);
-        blended = screen->screen().rgb(650, 300);
+        std::this_thread::sleep_for(50ms);  // the manager paints when it will; nothing tells when
+        blended = screenPixels().rgb(650, 300);
     }
-    CaptureStreamProcess stream(display().name());
+    CaptureStreamProcess stream;
     const auto near = [](std::uint32_t a, std::uint32_t b) {
         for (int shift = 0; shift < 24; shift += 8) {
             if (std::abs(int(a >> shift & 0xff) - int(b >> shift & 0xff)) > 2) return false;
@@ -245,15 +230,16 @@ TEST(CaptureOfADisplayThatChangesSize, GoesOnAtTheNewSizeFromAWholeFrame) {
                              " Modeline \"1024x768\" 63.5 1024 1072 1176 1328 768 771 775 798\nEndSection\n"
                              "Section \"Screen\"\n Identifier \"s\"\n Device \"d\"\n Monitor \"m\"\n DefaultDepth 24\n"
                              " SubSection \"Display\"\n Depth 24\n Modes \"1440x900\" \"1024x768\"\n EndSubSection\nEndSection\n";
-    e2e::ChildProcess server("/usr/lib/xorg/Xorg", {"-config", config.string(), "-logfile", config.string() + ".log",
-                                                    "-nolisten", "tcp", "-noreset", "-displayfd", "1"});
+    Process server("/usr/lib/xorg/Xorg", {"-config", config.string(), "-logfile", config.string() + ".log", "-nolisten",
+                                          "tcp", "-noreset", "-displayfd", "1"},
+                   {}, Streams::outputOnly);
     const std::optional<std::string> number = server.readLine(20s);
     fs::remove(config);
     ASSERT_TRUE(number) << "Xorg with the dummy driver did not start";
     const std::string name = ":" + *number;
     CaptureStreamProcess stream(name);
     ASSERT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1440 && p.height == 900; }));
-    const ProgramResult resized = runProgram("/usr/bin/xrandr", {"--output", "DUMMY0", "--mode", "1024x768"}, "", {{"DISPLAY", name}});
+    const ProgramResult resized = runProgram("xrandr", {"--output", "DUMMY0", "--mode", "1024x768"}, "", {{"DISPLAY", name}});
     ASSERT_EQ(resized.status, 0) << resized.err;
     EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1024 && p.height == 768; }));
     WindowClientProcess app(windowClientPath(), name);
@@ -262,50 +248,37 @@ TEST(CaptureOfADisplayThatChangesSize, GoesOnAtTheNewSizeFromAWholeFrame) {
     stream.closeInput();
     EXPECT_EQ(stream.wait(), 0);
     EXPECT_EQ(stream.errors(), "");
+    server.signal(SIGTERM);
+    server.wait();
 }
 
-// Keeps records coming: a window repainted in a new colour every few milliseconds.
-class Repainter {
-public:
-    explicit Repainter(WindowClientProcess& client) : thread_([this, &client] {
-        for (std::uint32_t color = 1; !stop_; ++color) {
-            client.paint("busy", color * 0x010203);
+TEST_F(Capture, EachEndOfTheStreamEndsItWithZeroAndWholeRecords) {
+    app.map("busy", Box{0, 0, 1440, 900}.spec(1));
+    // Keeps records coming: the window repainted in a new colour every few milliseconds.
+    std::atomic<bool> stop{false};
+    std::thread repainter([&] {
+        for (std::uint32_t color = 1; !stop; ++color) {
+            app.paint("busy", color * 0x010203);
             std::this_thread::sleep_for(5ms);
         }
-    }) {}
-    ~Repainter() {
-        stop_ = true;
-        thread_.join();
-    }
-
-private:
-    std::atomic<bool> stop_{false};
-    std::thread thread_;
-};
-
-TEST_F(Capture, EachEndOfTheStreamEndsItWithZeroAndWholeRecords) {
-    WindowClientProcess& app = startClient();
-    app.map("busy", Box{0, 0, 1440, 900}.spec(1));
-    Repainter repainter(app);
+    });
     const std::vector<std::pair<std::string, std::function<void(CaptureStreamProcess&)>>> ends = {
         {"end of input", [](CaptureStreamProcess& s) { s.closeInput(); }},
         {"SIGTERM", [](CaptureStreamProcess& s) { s.terminate(); }},
         {"closed output", [](CaptureStreamProcess& s) { s.closeOutput(); }},
     };
     for (const auto& [name, end] : ends) {
-        CaptureStreamProcess stream(display().name());
+        CaptureStreamProcess stream;
         ASSERT_TRUE(stream.waitForRecords(3)) << name;
         end(stream);
         EXPECT_EQ(stream.wait(), 0) << name;
         EXPECT_EQ(stream.errors(), "") << name;
-        if (name == "closed output") continue;
-        std::istringstream bytes(stream.bytes());
-        decode::CaptureStreamDecoder decoder;
-        int records = 0;
-        EXPECT_NO_THROW(decode::decodeCaptureStream(bytes, decoder, [&](const decode::FrameRecord&) { ++records; }))
-            << name;
-        EXPECT_GE(records, 3) << name;
+        if (name != "closed output") {
+            EXPECT_EQ(stream.streamFault(), "") << name;
+        }
     }
+    stop = true;
+    repainter.join();
 }
 
 }  // namespace

@@ -1,172 +1,177 @@
-// The one-shot pointer and keyboard commands of the built program against a real X server.
+// The pointer and keyboard commands of the built program, one-shot and inside input-stream, against
+// a real X server: what a window of the window client receives.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "e2e/support/recording_window.h"
-#include "support/run_program.h"
+#include "cli/unicode_text.h"
+#include "support/window_client_process.h"
 #include "support/xvfb_display.h"
 
-namespace brisko::e2e {
+namespace brisko::testing {
 namespace {
 
-using testing::ProgramResult;
-
-std::vector<std::string> words(const std::string& line) {
-    std::istringstream in(line);
-    std::vector<std::string> out;
-    for (std::string w; in >> w;) out.push_back(w);
-    return out;
-}
+using Lines = std::vector<std::string>;
 
 bool isModifierKeysym(const std::string& hex) {
     const unsigned long sym = std::stoul(hex, nullptr, 16);
     return sym >= 0xffe1 && sym <= 0xffee;  // Shift_L .. Hyper_R
 }
 
+// "KEYSYM STATE" of each key press among lines that is not a modifier's.
+Lines pressedKeys(const Lines& lines) {
+    Lines keys;
+    for (const std::string& line : linesOf(lines, "keypress")) {
+        const auto w = words(line);
+        if (!isModifierKeysym(w[3])) keys.push_back(w[3] + " " + w[4]);
+    }
+    return keys;
+}
+
 class ProgramInput : public ::testing::Test {
 protected:
-    ProgramResult run(const std::vector<std::string>& args) {
-        return testing::runProgram(testing::programPath(), args, "", {{"DISPLAY", server.name()}});
-    }
+    ProgramInput() { app.map("app", "100 100 800 500 override focus"); }
+
     // Runs the command, which must succeed silently, and returns what the window received.
-    std::vector<std::string> received(const std::vector<std::string>& args) {
-        const ProgramResult r = run(args);
+    Lines received(const std::vector<std::string>& args, const std::string& input = "") {
+        const ProgramResult r = runBrisko(args, input);
         EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, "");
         EXPECT_EQ(r.err, "");
-        return window.events();
+        return app.events();
     }
+    Lines streamed(const std::string& input) { return received({"input-stream"}, input); }
     void expectNothingHeld() {
-        const HeldState now = window.held();
+        const HeldState now = app.held();
         EXPECT_EQ(now.keys, "none");
         EXPECT_EQ(now.state, "none");
     }
 
-    testing::XvfbDisplay server;
-    RecordingWindow window{server.name(), {{100, 100, 800, 500}}};
+    const XvfbDisplay& display = testDisplay();
+    WindowClientProcess app;
 };
 
-TEST_F(ProgramInput, MoveTakesThePointerToThePoint) {
-    EXPECT_EQ(received({"move", "400", "300"}), std::vector<std::string>{"motion 0 400 300 none"});
-    const HeldState now = window.held();
-    EXPECT_EQ(now.x, 400);
-    EXPECT_EQ(now.y, 300);
-}
-
-TEST_F(ProgramInput, ClickPressesAndReleasesEachButtonAtThePoint) {
-    struct Case {
-        std::vector<std::string> button;
-        std::string xButton, heldName;
+TEST_F(ProgramInput, PointerCommandsArriveAtTheirPointWithEveryButtonReleased) {
+    const std::vector<std::pair<std::vector<std::string>, Lines>> cases = {
+        {{"move", "400", "300"}, {"motion app 400 300 none"}},
+        {{"click", "300", "200"}, {"motion app 300 200 none", "press app 1 300 200 none", "release app 1 300 200 button1"}},
+        {{"click", "321.6", "222.4", "right"},
+         {"motion app 322 222 none", "press app 3 322 222 none", "release app 3 322 222 button3"}},
+        {{"click", "340", "200", "middle"},
+         {"motion app 340 200 none", "press app 2 340 200 none", "release app 2 340 200 button2"}},
+        {{"doubleclick", "360", "220"},
+         {"motion app 360 220 none", "press app 1 360 220 none", "release app 1 360 220 button1",
+          "press app 1 360 220 none", "release app 1 360 220 button1"}},
+        {{"scroll", "up", "2"},
+         {"press app 4 360 220 none", "release app 4 360 220 button4", "press app 4 360 220 none",
+          "release app 4 360 220 button4"}},
+        {{"scroll", "down", "1"}, {"press app 5 360 220 none", "release app 5 360 220 button5"}},
     };
-    const Case cases[] = {
-        {{}, "1", "button1"}, {{"left"}, "1", "button1"}, {{"right"}, "3", "button3"}, {{"middle"}, "2", "button2"},
-    };
-    int x = 300;
-    for (const Case& c : cases) {
-        const std::string at = std::to_string(x += 20) + " 200";
-        std::vector<std::string> args = {"click", std::to_string(x), "200"};
-        args.insert(args.end(), c.button.begin(), c.button.end());
-        EXPECT_EQ(received(args), (std::vector<std::string>{"motion 0 " + at + " none",
-                                                            "press 0 " + c.xButton + " " + at + " none",
-                                                            "release 0 " + c.xButton + " " + at + " " + c.heldName}))
-            << c.xButton;
-    }
+    for (const auto& [args, lines] : cases) EXPECT_EQ(received(args), lines) << args[0] << " " << args[1];
     expectNothingHeld();
 }
 
-TEST_F(ProgramInput, DoubleClickIsTwoClicksAtThePoint) {
-    EXPECT_EQ(received({"doubleclick", "360", "220"}),
-              (std::vector<std::string>{"motion 0 360 220 none", "press 0 1 360 220 none", "release 0 1 360 220 button1",
-                                        "press 0 1 360 220 none", "release 0 1 360 220 button1"}));
-}
-
 TEST_F(ProgramInput, DragEndsAtTheEndPointWithTheButtonReleased) {
-    const auto lines = received({"drag", "200", "400", "500", "450"});
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(lines.front(), "motion 0 200 400 none");
-    EXPECT_EQ(lines[1], "press 0 1 200 400 none");
-    EXPECT_EQ(lines.back(), "release 0 1 500 450 button1");
+    const Lines lines = received({"drag", "200", "400", "500", "450"});
+    ASSERT_EQ(lines.size(), 15u);
+    EXPECT_EQ(lines[0], "motion app 200 400 none");
+    EXPECT_EQ(lines[1], "press app 1 200 400 none");
     // Twelve steps with the button held, each further along, the last at the end point.
-    const std::vector<std::string> steps(lines.begin() + 2, lines.end() - 1);
-    ASSERT_EQ(steps.size(), 12u);
-    int lastX = 200;
-    for (const std::string& step : steps) {
-        const auto w = words(step);
-        EXPECT_EQ(w[4], "button1") << step;
-        EXPECT_GT(std::stoi(w[2]), lastX) << step;
-        lastX = std::stoi(w[2]);
+    for (std::size_t i = 2; i < 14; ++i) {
+        EXPECT_EQ(words(lines[i])[4], "button1") << lines[i];
+        EXPECT_GT(std::stoi(words(lines[i])[2]), std::stoi(words(lines[i - 1])[2])) << lines[i];
     }
-    EXPECT_EQ(steps.back(), "motion 0 500 450 button1");
-    const HeldState after = window.held();
-    EXPECT_EQ(after.state, "none");
-    EXPECT_EQ(after.x, 500);
-    EXPECT_EQ(after.y, 450);
+    EXPECT_EQ(lines[13], "motion app 500 450 button1");
+    EXPECT_EQ(lines[14], "release app 1 500 450 button1");
+    expectNothingHeld();
 }
 
-TEST_F(ProgramInput, ScrollClicksTheWheelOncePerStep) {
-    received({"move", "400", "300"});
-    const std::tuple<std::string, int, std::string> cases[] = {{"up", 2, "4"}, {"down", 3, "5"}, {"up", 1, "4"}};
-    for (const auto& [direction, count, xButton] : cases) {
-        std::vector<std::string> expected;
-        for (int i = 0; i < count; ++i) {
-            expected.push_back("press 0 " + xButton + " 400 300 none");
-            expected.push_back("release 0 " + xButton + " 400 300 button" + xButton);
-        }
-        EXPECT_EQ(received({"scroll", direction, std::to_string(count)}), expected) << direction << " " << count;
-    }
-}
-
-TEST_F(ProgramInput, TypedTextArrivesAsThatText) {
+TEST_F(ProgramInput, TypedTextArrivesAsThatTextAndTheKeymapIsLeftAsItWas) {
+    std::string manyIdeographs;  // more distinct keysyms than the keymap has spare keycodes (19)
+    for (char32_t c = 0x4E00; c < 0x4E00 + 25; ++c) manyIdeographs += utf8FromScalar(c);
     const std::pair<std::string, std::string> cases[] = {
         {"Hello, World! 0123 ~`[]{}", "Hello, World! 0123 ~`[]{}"},
-        {"caf\xC3\xA9 na\xC3\xAFve \xC3\xB1 \xC3\x85ngstr\xC3\xB6m", "caf\xC3\xA9 na\xC3\xAFve \xC3\xB1 \xC3\x85ngstr\xC3\xB6m"},
-        {"\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xA7\xE3\x81\x99", "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xA7\xE3\x81\x99"},
-        {"\xF0\x9F\x98\x80 \xF0\x9F\x8E\x89", "\xF0\x9F\x98\x80 \xF0\x9F\x8E\x89"},
-        // Line breaks and tabs are pressed as their keys.
-        {"a\r\nb\tc\nd", "a\nb\tc\nd"},
+        {"caf\xC3\xA9 \xC3\x9F \xCE\xA9 e\xCC\x81", "caf\xC3\xA9 \xC3\x9F \xCE\xA9 e\xCC\x81"},
+        {"\xF0\x9F\x98\x80 \xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD", "\xF0\x9F\x98\x80 \xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD"},
+        {"a\r\nb\tc\nd", "a\nb\tc\nd"},  // line breaks and tabs are pressed as their keys
+        {manyIdeographs, manyIdeographs},
     };
     for (const auto& [typed, arrived] : cases) {
         EXPECT_EQ(typedText(received({"type", typed})), arrived);
         expectNothingHeld();
     }
-}
-
-TEST_F(ProgramInput, TypingLeavesTheKeymapAsItWas) {
-    EXPECT_EQ(typedText(received({"type", "\xE6\x97\xA5"})), "\xE6\x97\xA5");
-    EXPECT_EQ(window.ask("find 0x10065e5", "found"), "found none");
+    EXPECT_EQ(app.ask("find 0x1004e00", "found"), "found none");
 }
 
 TEST_F(ProgramInput, KeyCombosArriveWithTheirModifiersAndLeaveNothingHeld) {
-    const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"ctrl+a", "0x61", "ctrl"},          {"cmd+c", "0x63", "super"},
-        {"cmd+shift+4", "0x24", "shift+super"}, {"alt+f4", "0xffc1", "alt"},
-        {"ctrl+alt+delete", "0xffff", "ctrl+alt"}, {"Return", "0xff0d", "none"},
-        {"CMD+Left", "0xff51", "super"},      {"shift+tab", "0xfe20", "shift"},
+    const std::pair<std::string, std::string> cases[] = {
+        {"ctrl+a", "0x61 ctrl"},          {"cmd+shift+4", "0x24 shift+super"}, {"alt+f4", "0xffc1 alt"},
+        {"ctrl+alt+delete", "0xffff ctrl+alt"}, {"Return", "0xff0d none"}, {"CMD+Left", "0xff51 super"},
     };
-    for (const auto& [combo, keysym, state] : cases) {
-        std::vector<std::string> keys;
-        for (const std::string& line : linesOf(received({"key", combo}), "keypress")) {
-            const auto w = words(line);
-            if (!isModifierKeysym(w[3])) keys.push_back(w[3] + " " + w[4]);
-        }
-        EXPECT_EQ(keys, std::vector<std::string>{keysym + " " + state}) << combo;
+    for (const auto& [combo, key] : cases) {
+        EXPECT_EQ(pressedKeys(received({"key", combo})), Lines{key}) << combo;
         expectNothingHeld();
     }
 }
 
-TEST_F(ProgramInput, AKeyHeldByAnEarlierProcessDoesNotTurnAClickIntoAShiftClick) {
-    received({"keydown", "56", "shift"});
-    EXPECT_EQ(window.held().state, "shift");
-    EXPECT_EQ(linesOf(received({"click", "300", "300"}), "press"), std::vector<std::string>{"press 0 1 300 300 none"});
+TEST_F(ProgramInput, ModifierKeysPressTheirSideAndFlagsHoldAcrossTheStreamsCommands) {
+    const Lines lines = streamed(
+        "keydown 60 shift\nkeyup 60 none\nkeydown 62 ctrl\nkeyup 62 none\nkeydown 61 alt\nkeyup 61 none\n"
+        "keydown 54 cmd\nkeyup 54 none\nkeydown 63 fn\nkeyup 63 none\n"  // fn has no X key: nothing
+        "keydown 56 shift\nmousedown 300 300 left\nmouseup 300 300 left\nkeyup 56 none\n"
+        "mousedown 320 300 left ctrl,alt\nmouseup 320 300 left none\n"
+        "keydown 59 ctrl\ntype-unicode 61\nkeyup 59 none\n"  // typed text ignores held modifiers
+        "keydown 82 none\nkeyup 82 none\nkeydown 114 none\nkeyup 114 none\n");  // keypad 0 (at the shift level), help
+    Lines keys;
+    for (const std::string& line : linesOf(lines, "keypress")) keys.push_back(words(line)[3] + " " + words(line)[4]);
+    EXPECT_EQ(keys, (Lines{"0xffe2 none", "0xffe4 none", "0xffea none", "0xffec none", "0xffe1 none", "0xffe9 none",
+                           "0xffe3 alt", "0xffe3 none", "0x61 none", "0xffe1 none", "0xffb0 shift", "0xffe1 none", "0xff63 none"}));
+    EXPECT_EQ(linesOf(lines, "press"), (Lines{"press app 1 300 300 shift", "press app 1 320 300 ctrl+alt"}));
+    EXPECT_EQ(linesOf(lines, "release"), (Lines{"release app 1 300 300 shift+button1", "release app 1 320 300 button1"}));
     expectNothingHeld();
 }
 
-TEST(ProgramInputWithoutServer, EventsThatCannotBeCreatedEndTheProcess) {
-    const auto r = testing::runProgram(testing::programPath(), {"move", "10", "10"}, "", {{"DISPLAY", ":32765"}});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_EQ(r.err, "brisko-mac-input: failed to create CGEvent\n");
+TEST_F(ProgramInput, AKeyHeldByAnEarlierProcessDoesNotTurnAClickIntoAShiftClick) {
+    received({"keydown", "56", "shift"});
+    EXPECT_EQ(app.held().state, "shift");
+    EXPECT_EQ(linesOf(received({"click", "300", "300"}), "press"), Lines{"press app 1 300 300 none"});
+    expectNothingHeld();
+}
+
+TEST_F(ProgramInput, APlayBlockRunsToItsEndAndAnswersOk) {
+    const ProgramResult r = runBrisko({"play"},
+                                      "play tap 300 5\n0 mousemove 200 200\n50 mousedown 200 200 left\n"
+                                      "80 mousemove 240 220 left\n120 mouseup 240 220 left\n150 type-unicode 263A\n");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "played tap ok 0\n");
+    const Lines lines = app.events();
+    EXPECT_EQ(linesOf(lines, "motion"), (Lines{"motion app 200 200 none", "motion app 240 220 button1"}));
+    EXPECT_EQ(linesOf(lines, "press"), Lines{"press app 1 200 200 none"});
+    EXPECT_EQ(linesOf(lines, "release"), Lines{"release app 1 240 220 button1"});
+    EXPECT_EQ(typedText(lines), "\xE2\x98\xBA");
+    expectNothingHeld();
+}
+
+TEST_F(ProgramInput, AStoppedOrAbandonedBlockReleasesTheKeyAndButtonItHeld) {
+    const std::string banner = "brisko-mac-input input-stream v2\n";
+    for (const bool stopLine : {true, false}) {
+        Process stream(programPath(), {"input-stream"});
+        stream.write("play hold 60000 2\n0 keydown 56 shift\n0 mousedown 250 250 right\n");
+        EXPECT_EQ(app.waitFor("press"), "press app 3 250 250 shift");
+        EXPECT_EQ(app.held().state, "shift+button3");
+        if (stopLine) {
+            stream.write("stop hold\n");
+            ASSERT_TRUE(stream.waitForOutput(banner + "played hold cancelled 0\n"));
+            EXPECT_EQ(linesOf(app.events(), "release"), Lines{"release app 3 250 250 shift+button3"});
+            expectNothingHeld();
+        }
+        stream.closeInput();  // end of input cancels a playing block
+        const ProgramResult r = stream.finish();
+        EXPECT_EQ(r.status, 0);
+        EXPECT_EQ(r.out, banner + "played hold cancelled 0\n");
+        if (!stopLine) {
+            EXPECT_EQ(linesOf(app.events(), "release"), Lines{"release app 3 250 250 shift+button3"});
+        }
+        expectNothingHeld();
+    }
 }
 
 }  // namespace
-}  // namespace brisko::e2e
+}  // namespace brisko::testing

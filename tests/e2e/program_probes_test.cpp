@@ -1,73 +1,93 @@
-// check, check-flags, geometry and session of the built program on a real X server, and without one.
+// The probes of the built program on a real X server, on one without XTEST and without any, and
+// what every command that needs the display does without one.
 #include <gtest/gtest.h>
 
-#include "e2e/support/recording_window.h"
-#include "support/run_program.h"
+#include <filesystem>
+
+#include "support/window_client_process.h"
 #include "support/xvfb_display.h"
 
-namespace brisko::e2e {
+namespace brisko::testing {
 namespace {
 
-using testing::ProgramResult;
-
-ProgramResult runOn(const std::string& display, const std::vector<std::string>& args) {
-    return testing::runProgram(testing::programPath(), args, "", {{"DISPLAY", display}});
-}
-
-void expectOutput(const std::string& display, const std::vector<std::string>& args, const std::string& out) {
-    const ProgramResult r = runOn(display, args);
+void expectOutput(const std::vector<std::string>& args, const std::string& out, const Environment& env = {}) {
+    const ProgramResult r = runBrisko(args, "", env);
     EXPECT_EQ(r.status, 0) << args[0] << ": " << r.err;
     EXPECT_EQ(r.out, out) << args[0];
     EXPECT_EQ(r.err, "") << args[0];
 }
 
-TEST(ProgramProbes, ReportTheVirtualDisplay) {
-    testing::XvfbDisplay server(1280, 720);
-    expectOutput(server.name(), {"check"}, "screen=1 input=1\n");
-    expectOutput(server.name(), {"check", "--prompt"}, "screen=1 input=1\n");
-    expectOutput(server.name(), {"geometry"}, "1280 720 1280 720\n");
-    expectOutput(server.name(), {"check-flags"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n");
-    expectOutput(server.name(), {"session"}, "{\"locked\":false,\"displayAsleep\":false,\"console\":true,\"loggedIn\":true}\n");
-}
+const std::string unlocked = "{\"locked\":false,\"displayAsleep\":false,\"console\":true,\"loggedIn\":true}\n";
 
-TEST(ProgramProbes, CheckFlagsSeesModifiersHeldOnTheServer) {
-    testing::XvfbDisplay server;
-    // A client that stays, as on any desktop: a server whose last client leaves resets its keyboard.
-    RecordingWindow window(server.name(), {{0, 0, 10, 10}});
+TEST(ProgramProbes, ReportTheDisplayAndTheModifiersAndScreenSaverOnIt) {
+    testDisplay();
+    expectOutput({"check"}, "screen=1 input=1\n");
+    expectOutput({"check", "--prompt"}, "screen=1 input=1\n");
+    expectOutput({"geometry"}, "1440 900 1440 900\n");
+    expectOutput({"session"}, unlocked);
     const std::pair<std::vector<std::string>, std::string> steps[] = {
+        {{"keyup", "56", "none"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n"},
         {{"keydown", "56", "shift"}, "hid=0x00020000 modifiers=0x00020000 baseline=0\n"},
         {{"keydown", "55", "cmd,shift"}, "hid=0x00120000 modifiers=0x00120000 baseline=0\n"},
-        {{"keyup", "55", "shift"}, "hid=0x00020000 modifiers=0x00020000 baseline=0\n"},
-        {{"keyup", "56", "none"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n"},
+        {{"keydown", "58", "cmd,shift,alt,ctrl"}, "hid=0x001E0000 modifiers=0x001E0000 baseline=0\n"},
+        {{"keyup", "55", "none"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n"},
         {{"keydown", "57", "none"}, "hid=0x00010000 modifiers=0x00010000 baseline=0\n"},  // caps lock on
+        {{"keyup", "57", "none"}, "hid=0x00010000 modifiers=0x00010000 baseline=0\n"},
+        {{"keydown", "57", "none"}, "hid=0x00010000 modifiers=0x00010000 baseline=0\n"},
+        {{"keyup", "57", "none"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n"},  // and off again
     };
     for (const auto& [command, flags] : steps) {
-        ASSERT_EQ(runOn(server.name(), command).status, 0) << command[0];
-        expectOutput(server.name(), {"check-flags"}, flags);
+        ASSERT_EQ(runBrisko(command).status, 0) << command[0];
+        expectOutput({"check-flags"}, flags);
     }
+    WindowClientProcess client;
+    client.ask("saver on", "saver");
+    expectOutput({"session"}, "{\"locked\":true,\"displayAsleep\":false,\"console\":true,\"loggedIn\":true}\n");
+    client.ask("saver off", "saver");
+    expectOutput({"session"}, unlocked);
 }
 
-TEST(ProgramProbes, TheSessionIsLockedWhileTheScreenSaverRuns) {
-    testing::XvfbDisplay server;
-    RecordingWindow window(server.name(), {{0, 0, 10, 10}});
-    window.ask("saver on", "saver");
-    expectOutput(server.name(), {"session"}, "{\"locked\":true,\"displayAsleep\":false,\"console\":true,\"loggedIn\":true}\n");
+TEST(ProgramProbes, WithoutXtestInputIsNotPermittedAndNothingIsPosted) {
+    const XvfbDisplay server(1440, 900, {"-extension", "XTEST"});
+    expectOutput({"check"}, "screen=1 input=0\n", {{"DISPLAY", server.name()}});
+    const ProgramResult r = runBrisko({"move", "1", "1"}, "", {{"DISPLAY", server.name()}});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "brisko-mac-input: failed to create CGEvent\n");
 }
 
-TEST(ProgramProbes, WithoutXtestInputIsNotPermitted) {
-    testing::XvfbDisplay server(1440, 900, {"-extension", "XTEST"});
-    expectOutput(server.name(), {"check"}, "screen=1 input=0\n");
-}
-
-TEST(ProgramProbes, WithoutADisplayNothingIsAvailable) {
-    const std::string nowhere = ":32765";
-    expectOutput(nowhere, {"check"}, "screen=0 input=0\n");
-    expectOutput(nowhere, {"session"}, "{\"locked\":false,\"displayAsleep\":false,\"console\":false,\"loggedIn\":false}\n");
-    const ProgramResult geometry = runOn(nowhere, {"geometry"});
-    EXPECT_EQ(geometry.status, 2);
-    EXPECT_EQ(geometry.out, "");
-    EXPECT_EQ(geometry.err, "brisko-mac-input: CGDisplayCopyDisplayMode failed\n");
+TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisplay) {
+    const Environment nowhere = {{"DISPLAY", ":32765"}};
+    const std::string shot = (std::filesystem::temp_directory_path() / "brisko-no-display.png").string();
+    const std::string listFailure = "ScreenCaptureKit could not list displays (cannot connect to X display :32765)";
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        std::string out, err;
+    };
+    const std::vector<Case> cases = {
+        {{"check"}, 0, "screen=0 input=0\n", ""},
+        {{"check-flags"}, 0, "hid=0x00000000 modifiers=0x00000000 baseline=1\n", ""},
+        {{"session"}, 0, "{\"locked\":false,\"displayAsleep\":false,\"console\":false,\"loggedIn\":false}\n", ""},
+        {{"geometry"}, 2, "", "brisko-mac-input: CGDisplayCopyDisplayMode failed\n"},
+        {{"move", "10", "10"}, 2, "", "brisko-mac-input: failed to create CGEvent\n"},
+        {{"get-clipboard", "public.utf8-plain-text"}, 0, "{\"changeCount\":0,\"types\":[],\"items\":[]}\n", ""},
+        {{"set-clipboard", "aGk="}, 0, "", ""},
+        {{"clipboard-access"}, 0, "{\"access\":\"allow\"}\n", ""},
+        {{"own-ui"}, 2, "", "brisko-mac-input: own-ui: " + listFailure + "\n"},
+        {{"screenshot", shot}, 2, "", "brisko-mac-input: screenshot: " + listFailure + ". Is Screen Recording granted?\n"},
+        {{"capture-stream"}, 2, std::string("BCS2\x02\x00\x00\x00", 8),
+         "brisko-mac-input: " + listFailure +
+             ". Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?\n"},
+    };
+    std::filesystem::remove(shot);
+    for (const Case& c : cases) {
+        const ProgramResult r = runBrisko(c.args, "", nowhere);
+        EXPECT_EQ(r.status, c.status) << c.args[0];
+        EXPECT_EQ(r.out, c.out) << c.args[0];
+        EXPECT_EQ(r.err, c.err) << c.args[0];
+    }
+    EXPECT_FALSE(std::filesystem::exists(shot));
 }
 
 }  // namespace
-}  // namespace brisko::e2e
+}  // namespace brisko::testing

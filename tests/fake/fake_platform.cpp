@@ -1,6 +1,8 @@
 #include "fake/fake_platform.h"
 
-#include "cli/dispatch.h"
+#include <algorithm>
+
+#include "entry/dispatch.h"
 #include "cli/process_state.h"
 
 namespace brisko::fake {
@@ -8,6 +10,16 @@ namespace brisko::fake {
 void Journal::add(Happening h) {
     std::lock_guard guard(lock_);
     entries_.push_back(std::move(h));
+    added_.notify_all();
+}
+
+bool Journal::awaitEvents(std::size_t count) {
+    std::unique_lock guard(lock_);
+    return added_.wait_for(guard, std::chrono::seconds(10), [&] {
+        return std::count_if(entries_.begin(), entries_.end(),
+                             [](const Happening& h) { return std::holds_alternative<InputEvent>(h); }) >=
+               static_cast<std::ptrdiff_t>(count);
+    });
 }
 
 std::vector<Happening> Journal::all() const {
@@ -42,25 +54,6 @@ bool FakeEvents::post(const InputEvent& event) {
     return true;
 }
 
-std::vector<platform::ScreenWindow> FakeWindows::onScreenWindows() {
-    ++windowListQueries;
-    return windows;
-}
-
-std::optional<std::string> FakeWindows::executablePath(std::int32_t pid) {
-    ++identityQueries;
-    const auto found = paths.find(pid);
-    if (found == paths.end()) return std::nullopt;
-    return found->second;
-}
-
-std::optional<std::string> FakeWindows::bundleIdentifier(std::int32_t pid) {
-    ++identityQueries;
-    const auto found = bundles.find(pid);
-    if (found == bundles.end()) return std::nullopt;
-    return found->second;
-}
-
 namespace {
 
 class FakeFrameStream final : public platform::FrameStream {
@@ -82,10 +75,7 @@ public:
         log_.updates.push_back(filter);
         return capture_.updateError;
     }
-    void stop() override {
-        log_.stopped = true;
-        log_.output = nullptr;
-    }
+    void stop() override { log_.output = nullptr; }
 
 private:
     FakeCapture& capture_;
@@ -94,32 +84,10 @@ private:
 
 }  // namespace
 
-platform::ShareableContentResult FakeCapture::shareableContent() {
-    ++contentQueries;
-    return content;
-}
-
-std::optional<platform::PixelSize> FakeCapture::displayPixelSize(std::uint32_t displayID) {
-    const auto found = pixelSizes.find(displayID);
-    if (found == pixelSizes.end()) return std::nullopt;
-    return found->second;
-}
-
-platform::CapturedImageResult FakeCapture::captureImage(const platform::CaptureFilter& filter,
-                                                        platform::PixelSize size, bool showsCursor) {
-    imageRequests.push_back({filter, size, showsCursor});
-    return image;
-}
-
 std::unique_ptr<platform::FrameStream> FakeCapture::makeFrameStream(
     const platform::CaptureFilter& filter, const platform::FrameStreamConfiguration& configuration) {
-    streams.push_back({filter, configuration, nullptr, false, false, {}});
+    streams.push_back({filter, configuration, nullptr, false, {}});
     return std::make_unique<FakeFrameStream>(*this, streams.back());
-}
-
-std::int64_t FakePasteboard::changeCount() {
-    ++changeCountReads;
-    return count;
 }
 
 std::vector<std::vector<std::string>> FakePasteboard::itemTypes() {
@@ -128,26 +96,10 @@ std::vector<std::vector<std::string>> FakePasteboard::itemTypes() {
     return types;
 }
 
-std::optional<platform::Bytes> FakePasteboard::data(std::size_t item, const std::string& type) {
-    if (item >= items.size()) return std::nullopt;
-    const auto found = items[item].data.find(type);
-    if (found == items[item].data.end()) return std::nullopt;
-    return found->second;
-}
-
-void FakePasteboard::clearContents() {
-    items.clear();
-    ++count;
-}
-
 void FakePasteboard::setData(const std::string& type, const platform::Bytes& bytes) {
     if (items.empty()) items.emplace_back();
     items.front().types.push_back(type);
     items.front().data[type] = bytes;
-}
-
-void FakePasteboard::setPlainText(const std::string& utf8) {
-    setData("public.utf8-plain-text", platform::Bytes(utf8.begin(), utf8.end()));
 }
 
 double FakeClock::monotonicMs() {
@@ -189,7 +141,13 @@ bool FakeStreams::writeOut(std::string_view bytes) {
     if (failWrites) return false;
     std::lock_guard guard(lock_);
     out_.append(bytes);
+    written_.notify_all();
     return true;
+}
+
+bool FakeStreams::awaitOut(std::string_view text) {
+    std::unique_lock guard(lock_);
+    return written_.wait_for(guard, std::chrono::seconds(10), [&] { return out_.find(text) != std::string::npos; });
 }
 
 bool FakeStreams::writeErr(std::string_view bytes) {

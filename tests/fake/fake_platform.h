@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -12,8 +13,8 @@
 #include <variant>
 #include <vector>
 
-#include "platform/services.h"
 #include "backends/posix/steady_clock.h"
+#include "platform/services.h"
 
 namespace brisko::fake {
 
@@ -33,9 +34,13 @@ public:
     std::vector<InputEvent> events() const;
     std::vector<Pause> pauses() const;
     void clear();
+    // For tests in which another thread posts: waits until that many events were posted; false
+    // after 10 s.
+    bool awaitEvents(std::size_t count);
 
 private:
     mutable std::mutex lock_;
+    std::condition_variable added_;
     std::vector<Happening> entries_;
 };
 
@@ -51,11 +56,27 @@ private:
     std::size_t attempts_ = 0;
 };
 
+template <typename Map>
+std::optional<typename Map::mapped_type> lookup(const Map& map, const typename Map::key_type& key) {
+    const auto found = map.find(key);
+    if (found == map.end()) return std::nullopt;
+    return found->second;
+}
+
 class FakeWindows final : public platform::WindowServer {
 public:
-    std::vector<platform::ScreenWindow> onScreenWindows() override;
-    std::optional<std::string> executablePath(std::int32_t pid) override;
-    std::optional<std::string> bundleIdentifier(std::int32_t pid) override;
+    std::vector<platform::ScreenWindow> onScreenWindows() override {
+        ++windowListQueries;
+        return windows;
+    }
+    std::optional<std::string> executablePath(std::int32_t pid) override {
+        ++identityQueries;
+        return lookup(paths, pid);
+    }
+    std::optional<std::string> bundleIdentifier(std::int32_t pid) override {
+        ++identityQueries;
+        return lookup(bundles, pid);
+    }
     std::int64_t popUpMenuLayer() override { return menuLayer; }
 
     std::vector<platform::ScreenWindow> windows;
@@ -73,7 +94,6 @@ struct FakeStreamLog {
     platform::FrameStreamConfiguration configuration;
     platform::FrameStreamOutput* output = nullptr;  // while the stream lives
     bool started = false;
-    bool stopped = false;
     std::vector<platform::CaptureFilter> updates;
 };
 
@@ -85,16 +105,18 @@ struct FakeImageRequest {
 
 class FakeCapture final : public platform::ScreenCapture {
 public:
-    platform::ShareableContentResult shareableContent() override;
+    platform::ShareableContentResult shareableContent() override { return content; }
     std::uint32_t mainDisplayID() override { return mainDisplay; }
-    std::optional<platform::PixelSize> displayPixelSize(std::uint32_t displayID) override;
+    std::optional<platform::PixelSize> displayPixelSize(std::uint32_t id) override { return lookup(pixelSizes, id); }
     platform::CapturedImageResult captureImage(const platform::CaptureFilter& filter, platform::PixelSize size,
-                                               bool showsCursor) override;
+                                               bool showsCursor) override {
+        imageRequests.push_back({filter, size, showsCursor});
+        return image;
+    }
     std::unique_ptr<platform::FrameStream> makeFrameStream(
         const platform::CaptureFilter& filter, const platform::FrameStreamConfiguration& configuration) override;
 
     platform::ShareableContentResult content;
-    int contentQueries = 0;
     std::uint32_t mainDisplay = 1;
     std::map<std::uint32_t, platform::PixelSize> pixelSizes;  // a display not listed has no mode
     platform::CapturedImageResult image;
@@ -113,12 +135,22 @@ public:
         std::map<std::string, platform::Bytes> data;  // a listed type without data gives none
     };
 
-    std::int64_t changeCount() override;
+    std::int64_t changeCount() override {
+        ++changeCountReads;
+        return count;
+    }
     std::vector<std::vector<std::string>> itemTypes() override;
-    std::optional<platform::Bytes> data(std::size_t item, const std::string& type) override;
-    void clearContents() override;
+    std::optional<platform::Bytes> data(std::size_t item, const std::string& type) override {
+        return item < items.size() ? lookup(items[item].data, type) : std::nullopt;
+    }
+    void clearContents() override {
+        items.clear();
+        ++count;
+    }
     void setData(const std::string& type, const platform::Bytes& bytes) override;
-    void setPlainText(const std::string& utf8) override;
+    void setPlainText(const std::string& utf8) override {
+        setData("public.utf8-plain-text", platform::Bytes(utf8.begin(), utf8.end()));
+    }
     std::int64_t accessBehavior() override { return access; }
 
     std::int64_t count = 0;
@@ -195,6 +227,9 @@ public:
 
     std::string out() const;
     std::string err() const;
+    // For tests in which another thread writes: waits until standard output holds the text;
+    // false after 10 s.
+    bool awaitOut(std::string_view text);
 
     std::ostringstream buffered;
     std::istringstream input;
@@ -202,6 +237,7 @@ public:
 
 private:
     mutable std::mutex lock_;
+    std::condition_variable written_;
     std::string out_;
     std::string err_;
 };
@@ -228,7 +264,6 @@ public:
     void open() override { opened = true; }
     Wake wait(double timeoutMs) override;
     void post() override { posted_ = true; }
-
     // Steps that let the time run out n times, doing nothing else.
     void idle(int n);
 

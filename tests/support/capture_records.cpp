@@ -31,6 +31,15 @@ BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed
     return image;
 }
 
+std::int64_t touchTiles(BgraImage& image, std::int64_t every, std::int64_t first) {
+    const std::int64_t columns = (image.width + 63) / 64, rows = (image.height + 63) / 64;
+    std::int64_t touched = 0;
+    for (std::int64_t tile = first; tile < columns * rows; tile += every, ++touched) {
+        image.pixel(tile % columns * 64, tile / columns * 64)[1] ^= 0x40;
+    }
+    return touched;
+}
+
 bool RecordReader::keep(std::string_view record) {
     records_.emplace_back(record);
     return true;

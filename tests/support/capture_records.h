@@ -6,15 +6,30 @@
 #include <vector>
 
 #include "capture_stream_decoder.h"
-#include "support/synthetic_desktop.h"
+#include "platform/capture_frame.h"
 
 namespace brisko::testing {
+
+// A BGRA picture laid out as a capture source delivers it (rows may be padded).
+struct BgraImage {
+    std::int64_t width = 0;
+    std::int64_t height = 0;
+    std::int64_t bytesPerRow = 0;
+    std::vector<std::uint8_t> bytes;
+
+    platform::BgraFrameView view() const { return {bytes.data(), width, height, bytesPerRow}; }
+    std::uint8_t* pixel(std::int64_t x, std::int64_t y) { return bytes.data() + y * bytesPerRow + x * 4; }
+};
 
 // What the stream should show for a source picture: R, G, B, 255 per pixel, rows packed.
 std::vector<std::uint8_t> rgbaOf(const BgraImage& image);
 
 // Random bytes in every channel: nothing to compress, every tile different from another seed's.
 BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed, std::int64_t rowPadding = 0);
+
+// Changes one pixel in every n-th 64 x 64 tile, counting in grid order from `first`; returns how
+// many tiles changed.
+std::int64_t touchTiles(BgraImage& image, std::int64_t every, std::int64_t first = 0);
 
 // Keeps every record an encoder writes and reads each back with the reference decoder.
 class RecordReader {

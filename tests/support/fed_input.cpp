@@ -18,9 +18,17 @@ void FedInput::close() {
     changed_.notify_all();
 }
 
+void FedInput::awaitReaderWaiting() {
+    std::unique_lock guard(lock_);
+    changed_.wait(guard, [this] { return readerWaiting_ && pending_.empty(); });
+}
+
 FedInput::int_type FedInput::underflow() {
     std::unique_lock guard(lock_);
+    readerWaiting_ = true;
+    changed_.notify_all();
     changed_.wait(guard, [this] { return closed_ || !pending_.empty(); });
+    readerWaiting_ = false;
     if (pending_.empty()) return traits_type::eof();
     reading_ = std::move(pending_);
     pending_.clear();

@@ -16,6 +16,8 @@ public:
     void attachTo(std::istream& in) { in.rdbuf(this); }
     void feed(const std::string& text);
     void close();
+    // Waits until the reader has taken everything fed so far and waits for more.
+    void awaitReaderWaiting();
 
 protected:
     int_type underflow() override;
@@ -25,6 +27,7 @@ private:
     std::condition_variable changed_;
     std::string pending_;
     bool closed_ = false;
+    bool readerWaiting_ = false;
     std::string reading_;  // the reader's buffer, touched only by the reading thread
 };
 

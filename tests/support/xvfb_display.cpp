@@ -1,15 +1,10 @@
 #include "support/xvfb_display.h"
 
-#include <cerrno>
 #include <csignal>
-#include <fcntl.h>
+#include <cstdlib>
 #include <stdexcept>
-#include <string>
-#include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace brisko::testing {
 namespace {
@@ -19,78 +14,68 @@ bool exists(const std::string& path) {
     return ::stat(path.c_str(), &st) == 0;
 }
 
-// Claims a display number by creating its lock file name first, as X servers do, so that two
-// test programs starting at once do not pick the same number.
-int freeDisplayNumber() {
-    for (int n = 100 + static_cast<int>(::getpid() % 400); n < 1000; ++n) {
-        if (exists("/tmp/.X11-unix/X" + std::to_string(n)) || exists("/tmp/.X" + std::to_string(n) + "-lock")) {
-            continue;
+// A display number without a server, starting at a place of this process's own so that test
+// programs started together seldom try the same one (when they do, one server fails to start
+// and tries the next).
+int freeDisplayNumber(int from) {
+    for (int n = from; n < 1000; ++n) {
+        if (!exists("/tmp/.X11-unix/X" + std::to_string(n)) && !exists("/tmp/.X" + std::to_string(n) + "-lock")) {
+            return n;
         }
-        return n;
     }
     throw std::runtime_error("no free X display number");
 }
+
+struct SharedDisplay {
+    SharedDisplay() {
+        ::setenv("DISPLAY", display.name().c_str(), 1);
+        if (const char* manager = std::getenv("BRISKO_TEST_WINDOW_MANAGER")) {
+            // The manager runs the start-up command once it manages the display.
+            windowManager = std::make_unique<Process>(
+                manager, std::vector<std::string>{"--sm-disable", "--startup", "echo managing"}, Environment{},
+                Streams::outputOnly);
+            if (!windowManager->waitForOutput("managing\n")) throw std::runtime_error("the window manager did not start");
+        }
+    }
+
+    XvfbDisplay display;
+    std::unique_ptr<Process> windowManager;  // ends before the display
+};
 
 }  // namespace
 
 XvfbDisplay::XvfbDisplay(int width, int height, const std::vector<std::string>& extraArgs)
     : width_(width), height_(height) {
-    // Xvfb writes its display number to the pipe (-displayfd) once it accepts connections.
-    for (int attempt = 0; attempt < 5; ++attempt) {
-        const int n = freeDisplayNumber() + attempt;
-        int ready[2];
-        if (::pipe(ready) != 0) throw std::runtime_error("pipe failed");
-        const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
-        // (":" + number would do, but GCC 12 at -O3 misreads it as an overlapping copy.)
-        std::vector<std::string> args = {"Xvfb", std::string(":").append(std::to_string(n)),
-                                         "-screen", "0", screen, "-nolisten", "tcp",
-                                         "-displayfd", std::to_string(ready[1]), "+extension", "XTEST",
-                                         "+extension", "Composite", "+extension", "DAMAGE", "+extension", "RANDR"};
+    int number = 100 + static_cast<int>(::getpid() % 400);
+    for (int attempt = 0; attempt < 5; ++attempt, ++number) {
+        number = freeDisplayNumber(number);
+        // Xvfb writes its display number on standard output (-displayfd 1) once it accepts
+        // connections.
+        std::vector<std::string> args = {":" + std::to_string(number), "-screen", "0",
+                                         std::to_string(width) + "x" + std::to_string(height) + "x24",
+                                         "-nolisten", "tcp", "-noreset", "-displayfd", "1",
+                                         "+extension", "XTEST", "+extension", "Composite", "+extension", "DAMAGE",
+                                         "+extension", "RANDR"};
         args.insert(args.end(), extraArgs.begin(), extraArgs.end());
-        std::vector<char*> argv;
-        for (std::string& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        const pid_t pid = ::fork();
-        if (pid < 0) throw std::runtime_error("fork failed");
-        if (pid == 0) {
-            // A test program that crashes must not leave its server behind.
-            ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-            ::close(ready[0]);
-            const int devnull = ::open("/dev/null", O_RDWR);
-            ::dup2(devnull, 0);
-            ::dup2(devnull, 1);
-            ::dup2(devnull, 2);
-            ::execvp("Xvfb", argv.data());
-            ::_exit(127);
-        }
-        ::close(ready[1]);
-        std::string answer;
-        char buffer[32];
-        ssize_t got = 0;
-        while ((got = ::read(ready[0], buffer, sizeof buffer)) != 0) {
-            if (got < 0 && errno == EINTR) continue;
-            if (got < 0) break;
-            answer.append(buffer, static_cast<std::size_t>(got));
-            if (answer.find('\n') != std::string::npos) break;
-        }
-        ::close(ready[0]);
-        if (!answer.empty() && answer.find('\n') != std::string::npos) {
-            pid_ = pid;
-            name_ = std::string(":").append(answer, 0, answer.find('\n'));
+        auto server = std::make_unique<Process>("Xvfb", args, Environment{}, Streams::outputOnly);
+        if (server->readLine() == std::to_string(number)) {
+            server_ = std::move(server);
+            name_ = ":" + std::to_string(number);
             return;
         }
-        ::kill(pid, SIGTERM);
-        ::waitpid(pid, nullptr, 0);
     }
     throw std::runtime_error("Xvfb did not start");
 }
 
 XvfbDisplay::~XvfbDisplay() {
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGTERM);
-    int status = 0;
-    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-    }
+    // Asked to end, the server removes its socket and lock file.
+    server_->signal(SIGTERM);
+    server_->wait();
+}
+
+const XvfbDisplay& testDisplay() {
+    static const SharedDisplay shared;
+    return shared.display;
 }
 
 }  // namespace brisko::testing

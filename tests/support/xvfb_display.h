@@ -1,13 +1,17 @@
 #pragma once
 
+#include <memory>
 #include <string>
-#include <sys/types.h>
 #include <vector>
+
+#include "support/process.h"
 
 namespace brisko::testing {
 
 // A private Xvfb server on a free display number, started by the constructor (which returns once
-// the server accepts connections) and stopped by the destructor.
+// the server accepts connections) and stopped by the destructor. It never resets when its last
+// client leaves, so that nothing changes between two programs the tests run; a test of what a
+// reset does gives "-reset".
 class XvfbDisplay {
 public:
     // extraArgs go to Xvfb after the others (for example "-extension", "XTEST" to leave XTEST out).
@@ -25,7 +29,11 @@ private:
     std::string name_;
     int width_;
     int height_;
-    pid_t pid_ = -1;
+    std::unique_ptr<Process> server_;
 };
+
+// The test program's display, started on first use and shared by all its suites; DISPLAY names it
+// from then on. Run with BRISKO_TEST_WINDOW_MANAGER=openbox, it is managed by that window manager.
+const XvfbDisplay& testDisplay();
 
 }  // namespace brisko::testing

@@ -1,10 +1,16 @@
+// The reference reader of the capture stream, as a library and as the capture-decode tool.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 #include "capture_stream_decoder.h"
+#include "support/png_image.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {
@@ -170,6 +176,61 @@ TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
     }
     EXPECT_EQ(decodeError(stream({record(11, 10, {tile(0, 0, 11, 10)})}), {.maxFramePixels = 100}),
               "record 1 at byte 8: the frame of 11 x 10 pixels is beyond the limit of 100 pixels");
+}
+
+TEST(CaptureDecodeTool, WritesTheFinalPictureAndEveryFrameAndRefusesBadStreamsAndUsage) {
+    namespace fs = std::filesystem;
+    const fs::path dir = fs::temp_directory_path() / ("capture-decode-" + std::to_string(::getpid()));
+    fs::create_directories(dir / "frames");
+    const Bytes first = record(130, 70, {tile(0, 0, 130, 70, 1)});
+    const Bytes second = record(130, 70, {tile(64, 0, 64, 64, 2), tile(128, 64, 2, 6, 3)});
+    const Bytes bytes = stream({first, second});
+    const auto write = [&](const std::string& name, const Bytes& content) {
+        std::ofstream(dir / name, std::ios::binary).write(reinterpret_cast<const char*>(content.data()),
+                                                          static_cast<std::streamsize>(content.size()));
+        return (dir / name).string();
+    };
+    const std::string tool = CAPTURE_DECODE_PATH, last = (dir / "last.png").string();
+    auto r = testing::runProgram(tool, {"--list", "--frames", (dir / "frames").string(), write("s.bcs", bytes), last});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "record 1 at byte 8: 130 x 70, 1 tile, " + std::to_string(first.size() - 4) +
+                         " bytes\nrecord 2 at byte " + std::to_string(8 + first.size()) + ": 130 x 70, 2 tiles, " +
+                         std::to_string(second.size() - 4) + " bytes\ndecoded 2 records; final frame 130 x 70\n");
+    CaptureStreamDecoder decoder;
+    std::istringstream in(std::string(bytes.begin(), bytes.end()));
+    std::vector<std::vector<std::uint8_t>> pictures;
+    decodeCaptureStream(in, decoder, [&](const FrameRecord&) { pictures.push_back(decoder.picture()); });
+    EXPECT_EQ(testing::readPng(last)->rgba, pictures[1]);
+    EXPECT_EQ(testing::readPng((dir / "frames" / "frame-000001.png").string())->rgba, pictures[0]);
+    EXPECT_EQ(testing::readPng((dir / "frames" / "frame-000002.png").string())->rgba, pictures[1]);
+    const Bytes one = stream({first});
+    r = testing::runProgram(tool, {"-", last}, std::string(one.begin(), one.end()));
+    EXPECT_EQ(r.out, "decoded 1 record; final frame 130 x 70\n");
+    EXPECT_EQ(testing::readPng(last)->rgba, pictures[0]);
+
+    const std::string cut = write("cut.bcs", Bytes(bytes.begin(), bytes.end() - 1)), none = write("none.bcs", preamble);
+    const std::vector<std::pair<std::vector<std::string>, std::string>> failures = {
+        {{cut, last}, "record 2 at byte " + std::to_string(8 + first.size()) + ": the stream ends after " +
+                          std::to_string(second.size() - 5) + " of the record's " + std::to_string(second.size() - 4) +
+                          " bytes"},
+        {{none, last}, "the stream holds no frame records"},
+        {{(dir / "missing.bcs").string(), last}, "cannot open " + (dir / "missing.bcs").string()},
+        {{write("s.bcs", bytes), (dir / "no" / "x.png").string()}, "cannot create " + (dir / "no" / "x.png").string()},
+    };
+    fs::remove(last);
+    for (const auto& [args, message] : failures) {
+        r = testing::runProgram(tool, args);
+        EXPECT_EQ(r.status, 1) << message;
+        EXPECT_EQ(r.err, "capture-decode: " + message + "\n");
+    }
+    EXPECT_FALSE(fs::exists(last));
+    for (const std::vector<std::string>& args :
+         std::vector<std::vector<std::string>>{{}, {"only-one"}, {"--frames"}, {"--bogus", "a", "b"}, {"a", "b", "c"}}) {
+        r = testing::runProgram(tool, args);
+        EXPECT_EQ(r.status, 2);
+        EXPECT_TRUE(r.err.starts_with("usage: capture-decode")) << r.err;
+    }
+    fs::remove_all(dir);
 }
 
 }  // namespace

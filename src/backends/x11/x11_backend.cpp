@@ -1,4 +1,4 @@
-#include "platform/services.h"
+#include "backends/backend.h"
 #include "backends/posix/steady_clock.h"
 #include "backends/x11/x11_connection.h"
 #include "backends/x11/x11_event_poster.h"

@@ -7,6 +7,7 @@
 #include <xcb/xtest.h>
 
 #include "backends/x11/x11_key_table.h"
+#include "cli/unicode_text.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -28,23 +29,6 @@ std::int16_t coordinate(double value) {
     constexpr double high = std::numeric_limits<std::int16_t>::max();
     if (!(value >= low)) return static_cast<std::int16_t>(low);  // NaN too
     return static_cast<std::int16_t>(std::lround(std::min(value, high)));
-}
-
-// The Unicode scalar values of UTF-16 text; an unpaired surrogate reads as U+FFFD.
-std::u32string codePoints(const std::u16string& text) {
-    std::u32string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char16_t unit = text[i];
-        const bool high = unit >= 0xD800 && unit <= 0xDBFF;
-        if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-            out.push_back(0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(text[++i]) - 0xDC00));
-        } else if (unit >= 0xD800 && unit <= 0xDFFF) {
-            out.push_back(0xFFFD);
-        } else {
-            out.push_back(unit);
-        }
-    }
-    return out;
 }
 
 bool isDown(const std::array<std::uint8_t, 32>& keys, xcb_keycode_t code) {
@@ -149,7 +133,7 @@ void X11EventPoster::postFlagsChanged(const InputEvent& event) {
 }
 
 void X11EventPoster::typeText(const std::u16string& text, EventFlags flags) {
-    for (const char32_t character : codePoints(text)) {
+    for (const char32_t character : scalarsOfUtf16(text)) {
         const auto key = keyboard_.keyFor(keysymForCharacter(character));
         if (!key) continue;
         // The character arrives as itself: shift only where its key needs it.

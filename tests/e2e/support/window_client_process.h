@@ -1,53 +1,58 @@
 #pragma once
 
-#include <functional>
+#include <cstdint>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
-#include <xcb/xcb.h>
+#include "support/process.h"
 
 namespace brisko::testing {
 
-// The built test client programs: the same client under two names.
+// The built window client (tools/window-client), and the same client named like the host's
+// menu-bar process.
 const std::string& windowClientPath();
-const std::string& menubarClientPath();  // named like the host's menu-bar process
+const std::string& menubarClientPath();
 
-// A running test client (see window_client.cpp) on a display: maps windows on request and
-// records the button and key events they receive.
+// What the server holds down right now, as the client sees it.
+struct HeldState {
+    std::string keys;   // keycodes joined by ',', or "none"
+    std::string state;  // modifier and button names joined by '+', or "none"
+    int x = 0;
+    int y = 0;
+};
+
+// A running window client on the test's display (or on the one given): it maps windows on
+// request and reports the input they receive.
 class WindowClientProcess {
 public:
-    WindowClientProcess(const std::string& program, const std::string& display);
-    ~WindowClientProcess();
-    WindowClientProcess(const WindowClientProcess&) = delete;
-    WindowClientProcess& operator=(const WindowClientProcess&) = delete;
+    explicit WindowClientProcess(const std::string& program = windowClientPath(), const std::string& display = {});
 
-    pid_t pid() const { return pid_; }
-
+    pid_t pid() const { return process_.pid(); }
+    // Sends a command line; its answer line, which starts with answerWord. Event lines that come
+    // before it are kept for events(); an "error" answer throws.
+    std::string ask(const std::string& command, const std::string& answerWord);
     // Maps a window ("X Y W H [options]") and returns its id once the server has mapped it.
-    xcb_window_t map(const std::string& name, const std::string& spec);
+    std::uint32_t map(const std::string& name, const std::string& spec);
     void unmap(const std::string& name);
     // Repaints the window in another colour (0xRRGGBB); returns once the server has done it.
     void paint(const std::string& name, std::uint32_t color);
-    // Every event line reported so far, after a round trip through the server.
-    std::vector<std::string> sync();
-    // Reads event lines until one satisfies the predicate; returns all of them, that one last.
-    // Throws when none comes within the timeout.
-    std::vector<std::string> eventsUntil(const std::function<bool(const std::string&)>& found,
-                                         int timeoutMs = 5000);
+    // The event lines received since the last call, after a round trip through the server: call
+    // it once the program that posted the input has ended.
+    std::vector<std::string> events();
+    // Waits for an event line that starts with prefix (it stays for events()) and returns it;
+    // throws when none comes in time.
+    std::string waitFor(const std::string& prefix, std::chrono::milliseconds timeout = 10s);
+    HeldState held();
 
 private:
-    void send(const std::string& line);
-    std::string nextLine(int timeoutMs);
-    // Reads lines until the answer; other lines are events and are kept.
-    void awaitAnswer(const std::string& answer, int timeoutMs = 5000);
-
-    pid_t pid_ = -1;
-    int in_ = -1;
-    int out_ = -1;
-    std::string buffer_;
-    std::vector<std::string> events_;
-    std::string lastAnswer_;
+    Process process_;
+    std::vector<std::string> received_;
 };
+
+std::vector<std::string> words(const std::string& line);
+// The lines among lines that start with the word.
+std::vector<std::string> linesOf(const std::vector<std::string>& lines, const std::string& word);
+// The text that the key presses among the lines typed, as UTF-8.
+std::string typedText(const std::vector<std::string>& lines);
 
 }  // namespace brisko::testing

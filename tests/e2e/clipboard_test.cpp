@@ -1,0 +1,270 @@
+// The clipboard commands of the built program on a real X server, with xclip and the window client
+// as the other clients. The processes the program leaves behind to serve the clipboard are
+// adopted by the test, so that it can see them end.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <poll.h>
+#include <random>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "clipboard/base64.h"
+#include "support/window_client_process.h"
+#include "support/xvfb_display.h"
+
+namespace brisko::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string base64(const std::string& text) { return base64Encode(platform::Bytes(text.begin(), text.end())); }
+
+std::string randomBytes(std::size_t size, unsigned seed) {
+    std::mt19937 generator(seed);
+    std::string out(size, '\0');
+    for (char& c : out) c = static_cast<char>(generator() & 0xff);
+    return out;
+}
+
+std::string repeated(const std::string& piece, std::size_t atLeast) {
+    std::string text;
+    while (text.size() < atLeast) text += piece;
+    return text;
+}
+
+// The processes of the program that serve the clipboard: children of this process once adopted.
+std::vector<pid_t> servingProcesses() {
+    std::vector<pid_t> found;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        std::ifstream stat(entry.path() / "stat");
+        std::string text;
+        if (!std::getline(stat, text) || text.rfind(')') == std::string::npos) continue;
+        std::istringstream fields(text.substr(text.rfind(')') + 2));
+        char state = '?';
+        pid_t parent = 0;
+        fields >> state >> parent;
+        std::error_code error;
+        if (parent == ::getpid() && state != 'Z' && fs::read_symlink(entry.path() / "exe", error) == programPath()) {
+            found.push_back(static_cast<pid_t>(std::stol(entry.path().filename())));
+        }
+    }
+    return found;
+}
+
+// The exit status of an adopted process once it has ended; absent when it still runs after 5 s.
+std::optional<int> awaitExit(pid_t pid) {
+    const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+    pollfd ended{process, POLLIN, 0};
+    const bool done = process >= 0 && ::poll(&ended, 1, 5000) == 1;
+    if (process >= 0) ::close(process);
+    int status = 0;
+    if (!done || ::waitpid(pid, &status, 0) != pid) return std::nullopt;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// A get-clipboard line split into its change count and the rest of the line after it.
+struct ClipboardLine {
+    std::int64_t changeCount = -1;
+    std::string rest;
+};
+
+std::string found(const std::string& types, const std::string& type, const std::string& data) {
+    return "\"types\":[" + types + "],\"items\":[{\"type\":\"" + type + "\",\"base64\":\"" + base64(data) + "\"}]}";
+}
+
+const std::string plainTextTypes = R"("STRING","TEXT","public.utf8-plain-text")";
+
+class Clipboard : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
+
+    // Another client takes the clipboard, which must end every process the program left serving it.
+    void TearDown() override {
+        peer.ask("own-clipboard UTF8_STRING=end", "owning");
+        peer.ask("disown", "disowned");
+        for (const pid_t pid : servingProcesses()) EXPECT_EQ(awaitExit(pid), 0) << "serving process " << pid;
+    }
+
+    ClipboardLine get(const std::vector<std::string>& types, const Environment& env = {}) {
+        std::vector<std::string> args{"get-clipboard"};
+        args.insert(args.end(), types.begin(), types.end());
+        const ProgramResult r = runBrisko(args, "", env);
+        EXPECT_EQ(r.status, 0) << r.err;
+        const std::string head = "{\"changeCount\":";
+        const std::size_t comma = r.out.find(',');
+        if (!r.out.starts_with(head) || comma == std::string::npos || !r.out.ends_with("\n")) return {-1, r.out};
+        return {std::stoll(r.out.substr(head.size(), comma - head.size())), r.out.substr(comma + 1, r.out.size() - comma - 2)};
+    }
+    void run(const std::vector<std::string>& args, const Environment& env = {}) {
+        const ProgramResult r = runBrisko(args, "", env);
+        EXPECT_EQ(r.status, 0) << args[0] << ": " << r.err;
+        EXPECT_EQ(r.out + r.err, "") << args[0];
+    }
+    // Puts data on the clipboard with xclip; returns once xclip owns it.
+    void xclipSet(const std::string& target, const std::string& data) {
+        const std::string before = peer.ask("clipboard-owner", "owner");
+        const fs::path file = fs::temp_directory_path() / ("brisko-xclip-" + std::to_string(::getpid()));
+        std::ofstream(file, std::ios::binary) << data;
+        // xclip stays behind to serve the clipboard, holding on to the streams it was given.
+        Process xclip("xclip", {"-selection", "clipboard", "-t", target, "-i", file.string()}, {}, Streams::detached);
+        EXPECT_EQ(xclip.wait(), 0);
+        peer.ask("await-clipboard-owner " + words(before)[1], "owner");
+        fs::remove(file);
+    }
+    std::string xclipGet(const std::string& target) {
+        return runProgram("xclip", {"-selection", "clipboard", "-t", target, "-o"}).out;
+    }
+
+    const XvfbDisplay& display = testDisplay();
+    WindowClientProcess peer;
+};
+
+TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTarget) {
+    struct Case {
+        std::string text, latin1;  // what a STRING request gets
+    };
+    const std::vector<Case> cases = {
+        {"hi", "hi"},
+        {"gr\xC3\xBC\xC3\x9F" "e \xE6\x97\xA5\xE6\x9C\xAC \xF0\x9F\x8E\x89\n\t!", "gr\xFC\xDF" "e ?? ?\n\t!"},
+        {"", ""},
+    };
+    for (const Case& c : cases) {
+        const auto previous = servingProcesses();
+        run({"set-clipboard", base64(c.text)});
+        for (const pid_t pid : previous) EXPECT_EQ(awaitExit(pid), 0) << "the one before ends when replaced";
+        for (const std::string target : {"UTF8_STRING", "text/plain;charset=utf-8", "TEXT"}) {
+            EXPECT_EQ(xclipGet(target), c.text) << target;
+        }
+        EXPECT_EQ(xclipGet("STRING"), c.latin1);
+        EXPECT_EQ(get({"public.utf8-plain-text"}).rest, found(plainTextTypes, "public.utf8-plain-text", c.text));
+    }
+    const std::string longest = repeated("caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 line\n", 90'000);  // one argument
+    run({"set-clipboard", base64(longest)});
+    EXPECT_TRUE(xclipGet("UTF8_STRING") == longest);
+}
+
+TEST_F(Clipboard, LargeTextIsServedIncrementallyAndOutlivesTheInputStreamThatSetIt) {
+    const std::string text = repeated("stream \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\n", 2 << 20);
+    const ProgramResult r = runBrisko({"input-stream"}, "set-clipboard " + base64(text) + "\n");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(peer.ask("ask-clipboard UTF8_STRING", "answer"), "answer INCR");
+    EXPECT_TRUE(xclipGet("UTF8_STRING") == text) << "xclip read the text differently";
+    EXPECT_TRUE(get({"public.utf8-plain-text"}).rest == found(plainTextTypes, "public.utf8-plain-text", text));
+}
+
+TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypes) {
+    struct Case {
+        std::string target, data, type;
+    };
+    const std::vector<Case> cases = {
+        {"text/html", "<p>caf\xC3\xA9 <b>bold</b></p>", "public.html"},
+        {"image/png", "\x89PNG\r\n\x1a\n" + randomBytes(3000, 1) + std::string(4, '\0'), "public.png"},
+        {"text/rtf", "{\\rtf1\\ansi hi}", "public.rtf"},
+        {"application/x-custom", "custom", "application/x-custom"},
+        {"image/png", randomBytes(5 << 20, 2), "public.png"},  // sent incrementally by xclip
+    };
+    for (const Case& c : cases) {
+        xclipSet(c.target, c.data);
+        EXPECT_TRUE(get({c.type}).rest == found("\"" + c.type + "\"", c.type, c.data)) << c.target;
+    }
+    // Protocol targets are not types; a type offered under two targets is listed once.
+    peer.ask("own-clipboard TIMESTAMP=5 MULTIPLE= SAVE_TARGETS= UTF8_STRING=utf8 STRING=latin "
+             "text/plain;charset=utf-8=mime text/html=<i>x</i> image/png=png application/x-foo=foo "
+             "x-kde-passwordManagerHint=public",
+             "owning");
+    const std::string types = R"("STRING","application/x-foo","public.html","public.png",)"
+                              R"("public.utf8-plain-text","x-kde-passwordManagerHint")";
+    EXPECT_EQ(get({"public.rtf", "public.png", "public.html"}).rest, found(types, "public.png", "png"));
+    EXPECT_EQ(get({"public.utf8-plain-text"}).rest, found(types, "public.utf8-plain-text", "utf8"));
+    EXPECT_EQ(get({"STRING"}).rest, found(types, "STRING", "latin"));
+    EXPECT_EQ(get({"public.rtf"}).rest, "\"types\":[" + types + "],\"items\":[]}");
+    peer.ask("own-clipboard UTF8_STRING=hunter2 x-kde-passwordManagerHint=secret", "owning");
+    EXPECT_EQ(get({"public.utf8-plain-text"}).rest,
+              R"("concealed":true,"types":["org.nspasteboard.ConcealedType","public.utf8-plain-text"],"items":[]})");
+    peer.ask("own-clipboard silent UTF8_STRING=never", "owning");
+    EXPECT_EQ(get({"public.utf8-plain-text"}).rest, R"("types":[],"items":[]})") << "an owner that never answers";
+}
+
+TEST_F(Clipboard, TheServingProcessOutlivesTheCommandUntilAnotherClientTakesTheClipboard) {
+    const auto start = std::chrono::steady_clock::now();
+    run({"set-clipboard", base64("kept")});
+    // The command's output streams closed when it exited, although the text is still served.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    const auto servers = servingProcesses();
+    ASSERT_EQ(servers.size(), 1u);
+    EXPECT_EQ(xclipGet("UTF8_STRING"), "kept");
+    run({"clear-clipboard"});
+    EXPECT_EQ(awaitExit(servers[0]), 0);
+    EXPECT_EQ(get({"public.utf8-plain-text"}).rest, R"("types":["org.nspasteboard.TransientType"],"items":[]})");
+    const auto marker = servingProcesses();
+    ASSERT_EQ(marker.size(), 1u);
+    xclipSet("UTF8_STRING", "taken");
+    EXPECT_EQ(awaitExit(marker[0]), 0);
+}
+
+TEST_F(Clipboard, ChangeCountGrowsWithEveryChangeAndOnlyThen) {
+    std::int64_t last = get({"public.utf8-plain-text"}).changeCount;
+    ASSERT_GT(last, 0);
+    const auto expectGrown = [&](const std::string& what) {
+        const std::int64_t now = get({"public.utf8-plain-text"}).changeCount;
+        EXPECT_GT(now, last) << what;
+        EXPECT_EQ(get({"public.html"}).changeCount, now) << what << ", read again";
+        last = now;
+    };
+    EXPECT_EQ(get({"public.html"}).changeCount, last) << "nothing changed";
+    run({"set-clipboard", base64("one")});
+    expectGrown("set-clipboard");
+    run({"set-clipboard", base64("one")});
+    expectGrown("the same text set again");
+    xclipSet("UTF8_STRING", "two");
+    expectGrown("xclip, which tells no TIMESTAMP");
+    peer.ask("own-clipboard TIMESTAMP=1 UTF8_STRING=three", "owning");
+    expectGrown("an owner with an old TIMESTAMP");
+    peer.ask("disown", "disowned");
+    expectGrown("the owner went away");
+    run({"clear-clipboard"});
+    expectGrown("clear-clipboard");
+}
+
+TEST_F(Clipboard, TheCountGoesOnAcrossAServerResetAndTheServingProcessEndsWithTheDisplay) {
+    auto server = std::make_unique<XvfbDisplay>(640, 480, std::vector<std::string>{"-reset"});
+    const Environment on = {{"DISPLAY", server->name()}};
+    run({"set-clipboard", base64("before")}, on);
+    const std::int64_t before = get({"public.utf8-plain-text"}, on).changeCount;
+    {
+        WindowClientProcess taker(windowClientPath(), server->name());
+        taker.ask("own-clipboard UTF8_STRING=x", "owning");
+    }
+    // The last client has left, so the server resets, which wipes the root window's properties.
+    // A client that connects while it does is turned away; one that came before it puts the reset
+    // off until it leaves. Once one stays, the server is as the reset left it.
+    std::unique_ptr<WindowClientProcess> keeper;
+    for (bool reset = false; !reset;) {
+        keeper.reset();
+        try {
+            keeper = std::make_unique<WindowClientProcess>(windowClientPath(), server->name());
+            keeper->ask("sync", "synced");
+        } catch (const std::runtime_error&) {
+            continue;
+        }
+        const ProgramResult property = runProgram("xprop", {"-root", "_BRISKO_CLIPBOARD_CHANGE_COUNT"}, "", on);
+        reset = property.status == 0 && property.out.find("(INTEGER)") == std::string::npos;
+    }
+    EXPECT_GT(get({"public.utf8-plain-text"}, on).changeCount, before);
+    run({"set-clipboard", base64("after")}, on);
+    const auto servers = servingProcesses();
+    ASSERT_EQ(servers.size(), 1u);
+    keeper.reset();
+    server.reset();
+    EXPECT_EQ(awaitExit(servers[0]), 0);
+}
+
+}  // namespace
+}  // namespace brisko::testing

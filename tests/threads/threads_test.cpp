@@ -1,0 +1,250 @@
+// What runs on several threads, in-process over the fake (also run under ThreadSanitizer): the
+// whole input-stream command with its reader and player, the capture encoder's lanes, and the
+// capture session fed from the stream's thread.
+#include <gtest/gtest.h>
+
+#include <future>
+#include <sstream>
+#include <thread>
+
+#include "capture/capture_stream_output.h"
+#include "capture/record_gate.h"
+#include "capture/worker_pool.h"
+#include "cli/process_state.h"
+#include "fake/fake_platform.h"
+#include "support/capture_records.h"
+#include "support/fed_input.h"
+#include "support/journal_text.h"
+
+namespace brisko {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::eventText;
+using Texts = std::vector<std::string>;
+using Wake = platform::SessionLoop::Wake;
+
+const std::string banner = "brisko-mac-input input-stream v2\n";
+
+// The input-stream command with its reader on a thread of the test and its player on its own,
+// over the fake platform with a clock in real time.
+class InputStreamThreads : public ::testing::Test {
+protected:
+    InputStreamThreads() {
+        platform.clock.realTime = true;
+        input.attachTo(platform.streams.input);
+        status = std::async(std::launch::async, [this] { return platform.run({"input-stream"}); });
+    }
+    ~InputStreamThreads() override { finish(); }
+    // Closes the input and returns the exit status.
+    int finish() {
+        input.close();
+        return status.valid() ? status.get() : -1;
+    }
+
+    fake::FakePlatform platform;
+    testing::FedInput input;
+    std::future<int> status;
+};
+
+TEST_F(InputStreamThreads, WorkRunsInArrivalOrderAndEndOfInputCancelsAPlayingBlockReleasingWhatItPressed) {
+    input.feed("play a 30 1\n0 keydown 4 none\nkeyup 4 none\nplay b 0 0\nhello\n"
+               "play c 600000 3\n0 keydown 55 cmd\n0 mousedown 10 20 left\n500000 keyup 55 none\n");
+    ASSERT_TRUE(platform.journal.awaitEvents(4));
+    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(platform.streams.out(), banner + "played a ok 0\nplayed b ok 0\nplayed c cancelled 0\n");
+    EXPECT_EQ(eventText(platform.journal), (Texts{"keydown 4", "keyup 4", "flags 55 cmd", "leftdown 10,20 #1 cmd",
+                                                  "leftup 10,20 #1 cmd", "flags 55"}));
+    EXPECT_EQ(platform.streams.err(), "brisko-mac-input: input-stream: ignoring unknown command in line 'hello'\n");
+    EXPECT_TRUE(platform.signals.brokenPipeIgnored && platform.signals.terminateExitsZero);
+    EXPECT_EQ(processState().postPacingMicroseconds, 0u);
+}
+
+TEST_F(InputStreamThreads, AStopEndsAPlayingOrQueuedBlockAtOnceButNotFromInsideABody) {
+    input.feed("play a 600000 1\n0 keydown 4 none\nplay b 100 1\n0 keydown 5 none\nstop b\nplay c 600000 1\nstop a\n");
+    ASSERT_TRUE(platform.journal.awaitEvents(1));
+    input.awaitReaderWaiting();
+    EXPECT_FALSE(processState().playControl.isStopped("a")) << "taken as a stop from inside c's body";
+    EXPECT_EQ(platform.streams.out(), banner);
+    input.feed("stop a\n");
+    ASSERT_TRUE(platform.streams.awaitOut("played c refused"));
+    input.feed("stop a\n");  // a finished block is no longer active
+    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(platform.streams.out(), banner + "played a cancelled 0\nplayed b cancelled 0\n"
+                                               "played c refused line 1: expected a non-negative integer t, got 'stop a'\n");
+    EXPECT_EQ(eventText(platform.journal), (Texts{"keydown 4", "keyup 4"}));
+    // The refusal is written before its answer, so before the second stop.
+    EXPECT_EQ(platform.streams.err(),
+              "brisko-mac-input: play: refused c: line 1: expected a non-negative integer t, got 'stop a'\n"
+              "brisko-mac-input: input-stream: nothing to stop for line 'stop a'\n");
+}
+
+TEST_F(InputStreamThreads, APlatformFailureOnThePlayerEndsTheStreamWithStatusTwo) {
+    platform.events.failFrom = 1;
+    input.feed("keydown 4 none\nkeydown 5 none\nkeydown 6 none\n");
+    EXPECT_EQ(finish(), 2);
+    EXPECT_EQ(platform.streams.out(), banner);
+    EXPECT_EQ(platform.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
+    EXPECT_EQ(eventText(platform.journal), Texts{"keydown 4"});
+}
+
+TEST(WorkerPool, RunsEveryJobOnceNeverTwoAtOnceOnALaneAndPublishesTheirResults) {
+    constexpr std::size_t lanes = 3;
+    WorkerPool pool(lanes);
+    ASSERT_EQ(pool.lanes(), lanes);
+    for (const std::size_t jobs : {0u, 1u, 2u, 7u, 1000u, 3u}) {
+        std::vector<std::atomic<int>> runs(jobs);
+        std::array<std::atomic<bool>, lanes> busy{};
+        std::atomic<bool> overlapped{false}, badLane{false};
+        std::vector<std::size_t> squares(jobs);  // plain memory: run must publish it
+        pool.run(jobs, [&](std::size_t lane, std::size_t job) {
+            if (lane >= lanes) {
+                badLane = true;
+                return;
+            }
+            if (busy[lane].exchange(true)) overlapped = true;
+            runs[job].fetch_add(1);
+            squares[job] = job * job;
+            busy[lane] = false;
+        });
+        for (std::size_t job = 0; job < jobs; ++job) {
+            EXPECT_EQ(runs[job].load(), 1) << "job " << job << " of " << jobs;
+            EXPECT_EQ(squares[job], job * job);
+        }
+        EXPECT_FALSE(overlapped || badLane);
+    }
+}
+
+TEST(CaptureStreamOutputLanes, EveryLaneCountWritesTheSameBytes) {
+    fake::FakePlatform platform;
+    std::vector<testing::BgraImage> frames = {testing::noiseImage(720, 450, 1, 64), testing::noiseImage(720, 450, 2, 64)};
+    frames.push_back(frames.back());
+    testing::touchTiles(frames.back(), 7, 3);
+    frames.push_back(frames.back());  // idle: nothing written
+    frames.push_back(testing::noiseImage(640, 400, 4));
+    for (const int level : {1, 6}) {
+        std::vector<std::vector<std::string>> streams;
+        for (const std::size_t lanes : {1u, 2u, 4u}) {
+            testing::RecordReader reader;
+            CaptureStreamOutput output([&](std::string_view record) { return reader.keep(record); }, lanes,
+                                       [level] { return makeRawDeflater(level); });
+            for (const testing::BgraImage& frame : frames) {
+                output.encodeFrame(frame.view(), 0);
+                reader.readNew();
+                EXPECT_EQ(reader.decoder().picture(), testing::rgbaOf(frame)) << lanes << " lanes";
+            }
+            streams.push_back(reader.records());
+        }
+        ASSERT_EQ(streams[0].size(), 4u);
+        EXPECT_EQ(streams[1], streams[0]) << "2 lanes, level " << level;
+        EXPECT_EQ(streams[2], streams[0]) << "4 lanes, level " << level;
+    }
+}
+
+// Standard output whose writes hang until released, as a pipe whose reader is slow.
+class HeldStreams final : public platform::ProcessStreams {
+public:
+    bool writeOut(std::string_view bytes) override {
+        std::unique_lock guard(lock_);
+        ++writers_;
+        changed_.notify_all();
+        changed_.wait(guard, [this] { return released_; });
+        out_.append(bytes);
+        return true;
+    }
+    bool writeErr(std::string_view) override { return true; }
+    std::ostream& bufferedOut() override { return buffered_; }
+    std::istream& in() override { return in_; }
+    [[noreturn]] void exit(int status) override { throw fake::ProcessExit{status}; }
+    [[noreturn]] void exitImmediately(int status) override { throw fake::ProcessExit{status}; }
+
+    void awaitWriter() {
+        std::unique_lock guard(lock_);
+        changed_.wait(guard, [this] { return writers_ > 0; });
+    }
+    void release() {
+        const std::lock_guard guard(lock_);
+        released_ = true;
+        changed_.notify_all();
+    }
+    std::string out() {
+        const std::lock_guard guard(lock_);
+        return out_;
+    }
+
+private:
+    std::mutex lock_;
+    std::condition_variable changed_;
+    int writers_ = 0;
+    bool released_ = false;
+    std::string out_;
+    std::ostringstream buffered_;
+    std::istringstream in_;
+};
+
+TEST(RecordGate, ClosingWaitsForTheRecordOnItsWayOutButNotForAReaderThatStoppedReading) {
+    HeldStreams slow;
+    RecordGate gate(slow);
+    std::thread writer([&] { EXPECT_TRUE(gate.write("a whole record")); });
+    slow.awaitWriter();
+    std::thread reader([&] {
+        std::this_thread::sleep_for(50ms);  // the reader is slow, not gone
+        slow.release();
+    });
+    gate.close(10s);
+    EXPECT_EQ(slow.out(), "a whole record");
+    EXPECT_TRUE(gate.write("after the end"));
+    EXPECT_EQ(slow.out(), "a whole record");
+    writer.join();
+    reader.join();
+
+    HeldStreams stuck;
+    RecordGate stuckGate(stuck);
+    std::thread stuckWriter([&] { stuckGate.write("stuck"); });
+    stuck.awaitWriter();
+    const auto start = std::chrono::steady_clock::now();
+    stuckGate.close(30ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    stuck.release();
+    stuckWriter.join();
+}
+
+TEST(CaptureSessionThreads, FramesFromTheStreamThreadWhileTheMainThreadRefreshes) {
+    fake::FakePlatform platform;
+    platform.windows.paths[611] = "/opt/brisko/brisko-mac-menubar";
+    platform.capture.content.content = platform::ShareableContent{{{1, 256, 192}}, {{300, "org.example.editor"}}};
+    std::vector<testing::BgraImage> frames;
+    for (std::uint32_t i = 0; i < 12; ++i) frames.push_back(testing::noiseImage(256, 192, i % 3));
+    std::thread source;
+    auto& steps = platform.sessionLoop.steps;
+    steps.push_back([&] {
+        platform::FrameStreamOutput* output = platform.capture.streams.back().output;
+        source = std::thread([&frames, output] {
+            for (const auto& frame : frames) output->didOutputFrame(frame.view(), 0);
+        });
+        return Wake::timedOut;
+    });
+    for (int tick = 0; tick < 6; ++tick) {
+        steps.push_back([&, tick] {
+            auto& apps = platform.capture.content.content->applications;
+            if (tick % 2 == 0) apps.push_back({611, ""});
+            else apps.pop_back();
+            return Wake::timedOut;
+        });
+    }
+    steps.push_back([&] {
+        source.join();
+        return Wake::inputEnded;
+    });
+    EXPECT_EQ(platform.run({"capture-stream"}), 0);
+    EXPECT_EQ(platform.capture.streams.back().updates.size(), 6u);
+    std::istringstream in(platform.streams.out());
+    decode::CaptureStreamDecoder decoder;
+    int records = 0;
+    decode::decodeCaptureStream(in, decoder, [&](const decode::FrameRecord&) { ++records; });
+    EXPECT_EQ(records, 12);
+    EXPECT_EQ(decoder.picture(), testing::rgbaOf(frames.back()));
+}
+
+}  // namespace
+}  // namespace brisko

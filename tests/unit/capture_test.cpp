@@ -1,0 +1,552 @@
+// Capture over the fake: the stream's encoder read back by the reference decoder, the session
+// that drives it, the screenshot, and the small pure pieces (tile comparison, cursor, exclusion
+// plan, pacing).
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+#include "capture/capture_preamble.h"
+#include "capture/capture_stream_output.h"
+#include "capture/cursor_overlay.h"
+#include "capture/exclusion_plan.h"
+#include "capture/frame_pacer.h"
+#include "capture/frame_read_plan.h"
+#include "capture/pixel_convert.h"
+#include "capture/tile_compare.h"
+#include "capture/tile_mask.h"
+#include "fake/fake_platform.h"
+#include "support/capture_records.h"
+#include "support/png_image.h"
+
+namespace brisko {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::BgraImage;
+using testing::noiseImage;
+using testing::rgbaOf;
+using Wake = platform::SessionLoop::Wake;
+using Tiles = std::vector<TileRect>;
+
+Tiles rects(const decode::FrameRecord& record) {
+    Tiles out;
+    for (const decode::TileEntry& t : record.tiles) out.push_back({t.x, t.y, t.w, t.h});
+    return out;
+}
+
+class Encoder : public ::testing::Test {
+protected:
+    // Hands a frame over; the tiles of the record it gave (absent: none), after checking that the
+    // reader then shows exactly the frame.
+    std::optional<Tiles> encode(const BgraImage& image, FrameOutcome expected = FrameOutcome::sent,
+                                platform::FrameStatus status = 0) {
+        EXPECT_EQ(output.encodeFrame(image.view(), status), expected);
+        const auto records = reader.readNew();
+        if (records.empty()) return std::nullopt;
+        EXPECT_EQ(records.size(), 1u);
+        EXPECT_EQ(reader.decoder().picture(), rgbaOf(image));
+        return rects(records.back());
+    }
+
+    fake::FakePlatform platform;
+    testing::RecordReader reader;
+    CaptureStreamOutput output{[this](std::string_view record) { return reader.keep(record); }, 1};
+};
+
+TEST_F(Encoder, TheFirstFrameIsOneWholeTileThenChangedTilesGoInGridOrder) {
+    const std::vector<std::pair<BgraImage, Tiles>> sizes = {
+        {noiseImage(130, 70, 1, 12),
+         {{0, 0, 64, 64}, {64, 0, 64, 64}, {128, 0, 2, 64}, {0, 64, 64, 6}, {64, 64, 64, 6}, {128, 64, 2, 6}}},
+        {noiseImage(1, 130, 1), {{0, 0, 1, 64}, {0, 64, 1, 64}, {0, 128, 1, 2}}},
+        {noiseImage(193, 1, 1), {{0, 0, 64, 1}, {64, 0, 64, 1}, {128, 0, 64, 1}, {192, 0, 1, 1}}},
+    };
+    for (const auto& [first, grid] : sizes) {
+        const Tiles whole = {{0, 0, first.width, first.height}};
+        EXPECT_EQ(encode(first), whole) << first.width;  // another size: sent whole
+        EXPECT_EQ(encode(first, FrameOutcome::unchanged), std::nullopt);
+        EXPECT_EQ(encode(noiseImage(first.width, first.height, 2)), grid) << first.width;
+    }
+    EXPECT_EQ(reader.records().size(), 6u);
+}
+
+TEST_F(Encoder, OneChangedPixelSendsItsWholeTileAndAlphaIsNoChange) {
+    // 200 x 150: columns at 0, 64, 128 and 192 (8 wide), rows at 0, 64 and 128 (22 high).
+    const std::vector<std::tuple<std::int64_t, std::int64_t, std::size_t, TileRect>> cases = {
+        {70, 63, 0, {64, 0, 64, 64}},      // the last row of a tile
+        {127, 127, 1, {64, 64, 64, 64}},   // its last pixel
+        {199, 149, 0, {192, 128, 8, 22}},  // the corner tile, cut by both edges
+        {192, 64, 2, {192, 64, 8, 64}},
+        {5, 149, 1, {0, 128, 64, 22}},
+    };
+    BgraImage frame = noiseImage(200, 150, 3, 20);
+    encode(frame);
+    for (const auto& [x, y, channel, tile] : cases) {
+        frame.pixel(x, y)[channel] ^= 1;
+        EXPECT_EQ(encode(frame), Tiles{tile}) << "pixel " << x << ", " << y;
+    }
+    for (std::size_t i = 3; i < frame.bytes.size(); i += 4) frame.bytes[i] ^= 0x5A;
+    EXPECT_EQ(encode(frame, FrameOutcome::unchanged), std::nullopt);
+    BgraImage pixel{1, 1, 4, {0x10, 0x20, 0x30, 0x00}};
+    encode(pixel);
+    EXPECT_EQ(reader.decoder().picture(), (std::vector<std::uint8_t>{0x30, 0x20, 0x10, 0xFF}));
+}
+
+TEST_F(Encoder, OnlyTilesWhereTheSourceSaysItChangedAreComparedUnlessAFrameWasIgnoredBetween) {
+    const BgraImage first = noiseImage(130, 70, 1), second = noiseImage(130, 70, 2), third = noiseImage(130, 70, 3);
+    encode(first);
+    const std::vector<platform::PixelRect> topLeft = {{10, 10, 5, 5}};
+    platform::BgraFrameView hinted = second.view();
+    hinted.changedAreas = topLeft;
+    EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
+    EXPECT_EQ(rects(reader.readNew().at(0)), (Tiles{{0, 0, 64, 64}}));
+    // After an ignored frame, what the source says changed since then is not all that changed
+    // since the reference: everything is compared.
+    EXPECT_EQ(encode(third, FrameOutcome::ignored, 1), std::nullopt);
+    EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
+    EXPECT_EQ(reader.readNew().at(0).tiles.size(), 5u) << "all but the tile taken already";
+    EXPECT_EQ(reader.decoder().picture(), rgbaOf(second));
+    // Tiles of one colour decode at every size and colour, also beside one of another colour.
+    for (const std::uint32_t bgra : {0xff102030u, 0xff405060u, 0xff102030u}) {
+        BgraImage solid = noiseImage(130, 70, 1);
+        for (std::size_t i = 0; i < solid.bytes.size(); i += 4) {
+            const std::uint32_t colour = i / 4 % 130 < 64 ? bgra : bgra ^ 0xffffffu;
+            std::memcpy(&solid.bytes[i], &colour, 4);
+        }
+        EXPECT_EQ(encode(solid)->size(), 6u);
+    }
+}
+
+TEST(TouchedTiles, AreTheGridCellsTheAreasReachInsideTheFrameAndTheReadCoversTheirRows) {
+    using R = platform::PixelRect;
+    const std::vector<std::pair<std::vector<R>, std::vector<std::uint8_t>>> cases = {
+        {{}, {0, 0, 0, 0, 0, 0}},
+        {{{63, 63, 2, 2}}, {1, 1, 0, 1, 1, 0}},                      // a corner shared by four cells
+        {{{128, 64, 2, 6}, {64, 0, 0, 10}}, {0, 0, 0, 0, 0, 1}},     // the last, narrow cell; an empty area
+        {{{-10, -10, 20, 20}, {200, 0, 5, 5}}, {1, 0, 0, 0, 0, 0}},  // clipped; outside the frame
+    };
+    std::vector<std::uint8_t> cells;
+    for (const auto& [areas, expected] : cases) {
+        markTouchedTiles(areas, 130, 70, 64, cells);
+        EXPECT_EQ(cells, expected);
+    }
+    const platform::PixelSize display{1000, 800};
+    const std::vector<R> damage = {{10, 300, 5, 5}, {900, 100, 200, 50}, {0, 900, 10, 10}};
+    EXPECT_EQ(planFrameRead(display, damage, false),
+              (FrameReadPlan{100, 205, std::vector<R>{{10, 300, 5, 5}, {900, 100, 100, 50}}}));
+    EXPECT_EQ(planFrameRead(display, std::vector<R>{}, false), (FrameReadPlan{0, 0, std::vector<R>{}}));
+    EXPECT_EQ(planFrameRead(display, std::nullopt, false), (FrameReadPlan{0, 800, std::nullopt}));
+    EXPECT_EQ(planFrameRead(display, damage, true), (FrameReadPlan{0, 800, std::nullopt}));
+}
+
+TEST_F(Encoder, OnlyCompleteFramesWithPixelsCountAndAFailedWriteStillMovesTheReference) {
+    const BgraImage first = noiseImage(130, 70, 5), second = noiseImage(130, 70, 6);
+    encode(first);
+    for (const platform::FrameStatus status : {1, 2, 3, 4, 5, -1, 99}) {
+        EXPECT_EQ(encode(second, FrameOutcome::ignored, status), std::nullopt) << *status;
+    }
+    const std::vector<platform::BgraFrameView> empty = {
+        {nullptr, 8, 8, 32}, {second.bytes.data(), 0, 8, 32}, {second.bytes.data(), 8, 0, 32},
+        {second.bytes.data(), -8, 8, 32}, {second.bytes.data(), 8, 8, 28}};
+    for (const auto& view : empty) EXPECT_EQ(output.encodeFrame(view, 0), FrameOutcome::ignored);
+    EXPECT_EQ(encode(first, FrameOutcome::unchanged), std::nullopt) << "the ignored frames were no reference";
+    EXPECT_EQ(encode(second, FrameOutcome::sent, std::nullopt)->size(), 6u);
+
+    CaptureStreamOutput closed([](std::string_view) { return false; }, 1);
+    EXPECT_EQ(closed.encodeFrame(first.view(), 0), FrameOutcome::writeFailed);
+    EXPECT_EQ(closed.encodeFrame(first.view(), 0), FrameOutcome::unchanged);
+}
+
+// Fails on every tile whose first pixel is the marker colour; compresses the rest for real.
+class MarkerRefusingDeflater final : public RawDeflater {
+public:
+    std::size_t deflateRaw(std::span<const std::uint8_t> input, std::span<std::uint8_t> output) override {
+        if (input.size() >= 3 && input[0] == 0x12 && input[1] == 0x34 && input[2] == 0x56) return 0;
+        return real_->deflateRaw(input, output);
+    }
+
+private:
+    std::unique_ptr<RawDeflater> real_ = makeRawDeflater(1);
+};
+
+TEST_F(Encoder, ATileThatFailsToCompressIsLeftOutAndStaysTheReference) {
+    CaptureStreamOutput refusing([this](std::string_view record) { return reader.keep(record); }, 1,
+                                 [] { return std::make_unique<MarkerRefusingDeflater>(); });
+    BgraImage frame = noiseImage(200, 150, 9);
+    ASSERT_EQ(refusing.encodeFrame(frame.view(), 0), FrameOutcome::sent);
+    frame.pixel(10, 10)[0] ^= 1;
+    std::memcpy(frame.pixel(64, 0), "\x56\x34\x12", 3);  // B, G, R of the marker
+    frame.pixel(130, 70)[1] ^= 1;
+    ASSERT_EQ(refusing.encodeFrame(frame.view(), 0), FrameOutcome::sent);
+    reader.readNew();
+    EXPECT_NE(reader.decoder().picture(), rgbaOf(frame)) << "the failed tile is not shown";
+    // The failed tile is not sent again while it stays the same; when every changed tile fails
+    // nothing is written, and the next frame, even an unchanged one, is sent whole.
+    frame.pixel(130, 70)[1] ^= 2;
+    ASSERT_EQ(refusing.encodeFrame(frame.view(), 0), FrameOutcome::sent);
+    frame.pixel(100, 30)[2] ^= 1;
+    EXPECT_EQ(refusing.encodeFrame(frame.view(), 0), FrameOutcome::nothingCompressed);
+    EXPECT_EQ(refusing.encodeFrame(frame.view(), 0), FrameOutcome::sent);
+    std::vector<Tiles> written;
+    testing::RecordReader all;
+    for (const std::string& record : reader.records()) all.keep(record);
+    for (const auto& record : all.readNew()) written.push_back(rects(record));
+    EXPECT_EQ(written, (std::vector<Tiles>{{{0, 0, 200, 150}},
+                                           {{0, 0, 64, 64}, {128, 64, 64, 64}},
+                                           {{128, 64, 64, 64}},
+                                           {{0, 0, 200, 150}}}));
+    EXPECT_EQ(all.decoder().picture(), rgbaOf(frame));
+}
+
+TEST(CaptureStreamFormat, RecordsAreLittleEndianWithoutPaddingAfterAPreambleInOneWrite) {
+    const std::vector<std::uint8_t> data(100, 0xAB), other = {1, 2, 3};
+    const std::vector<EncodedTile> tiles = {{{0x40, 0x80, 64, 6}, data}, {{0x01020304, 0, 2, 1}, other}};
+    std::vector<std::uint8_t> record = {9, 9, 9};  // replaced, not appended to
+    buildFrameRecord(record, 1440, 900, tiles);
+    std::vector<std::uint8_t> expected;
+    expected.reserve(159);  // appended to a reserved buffer: GCC 12 misreads growing inserts
+    for (const std::vector<std::uint8_t>& part : {
+             std::vector<std::uint8_t>{155, 0, 0, 0, 0xA0, 0x05, 0, 0, 0x84, 0x03, 0, 0, 2, 0, 0, 0},
+             std::vector<std::uint8_t>{0x40, 0, 0, 0, 0x80, 0, 0, 0, 64, 0, 0, 0, 6, 0, 0, 0, 100, 0, 0, 0}, data,
+             std::vector<std::uint8_t>{4, 3, 2, 1, 0, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0, 1, 2, 3}}) {
+        for (const std::uint8_t byte : part) expected.push_back(byte);
+    }
+    EXPECT_EQ(record, expected);
+    fake::FakePlatform platform;
+    writeCaptureStreamPreamble();
+    EXPECT_EQ(platform.streams.out(), std::string("BCS2\x02\x00\x00\x00", 8));
+    platform.streams.failWrites = true;
+    EXPECT_EQ(fake::exitStatusOf([] { writeCaptureStreamPreamble(); }), 0);
+}
+
+constexpr std::int32_t panelPid = 902;
+constexpr std::int32_t menuBarPid = 611;
+const std::string preamble("BCS2\x02\x00\x00\x00", 8);
+
+// capture-stream over the fake: display 5 (1440 x 900 points, 2880 x 1800 pixels) is the main one,
+// and the host's panel process runs.
+class CaptureSession : public ::testing::Test {
+protected:
+    CaptureSession() {
+        platform.windows.paths[menuBarPid] = "/opt/brisko/brisko-mac-menubar";
+        platform.capture.mainDisplay = 5;
+        platform.capture.pixelSizes[5] = {2880, 1800};
+        platform.capture.content.content = platform::ShareableContent{
+            {{4, 800, 600}, {5, 1440, 900}}, {{300, "org.example.editor"}, {panelPid, "com.brisko.desktop"}}};
+    }
+    fake::FakeStreamLog& stream() { return platform.capture.streams.back(); }
+    void then(std::function<void()> action, Wake wake = Wake::timedOut) {
+        platform.sessionLoop.steps.push_back([action = std::move(action), wake] {
+            action();
+            return wake;
+        });
+    }
+    void deliver(const BgraImage& image, platform::FrameStatus status = 0) {
+        then([this, &image, status] { stream().output->didOutputFrame(image.view(), status); });
+    }
+    std::vector<std::vector<std::int32_t>> updates() {
+        std::vector<std::vector<std::int32_t>> pids;
+        for (const auto& filter : stream().updates) pids.push_back(filter.excludedPids);
+        return pids;
+    }
+
+    fake::FakePlatform platform;
+};
+
+TEST_F(CaptureSession, ItStreamsTheMainDisplayInPointsWithTheHostLeftOutUntilTheInputEnds) {
+    const BgraImage first = noiseImage(160, 100, 1), idle = noiseImage(160, 100, 2);
+    BgraImage second = first;
+    testing::touchTiles(second, 5, 3);
+    deliver(first);
+    deliver(idle, 1);  // not complete: ignored
+    deliver(first);    // unchanged: nothing written
+    deliver(second);
+    EXPECT_EQ(platform.run({"capture-stream"}), 0);
+    EXPECT_EQ(platform.streams.err(), "");
+    const fake::FakeStreamLog& log = stream();
+    EXPECT_TRUE(log.started && platform.sessionLoop.opened && platform.signals.brokenPipeIgnored);
+    EXPECT_EQ(log.filter.display.displayID, 5u);
+    EXPECT_EQ(log.filter.excludedPids, std::vector<std::int32_t>{panelPid});
+    EXPECT_EQ(log.configuration.size.width, 1440);
+    EXPECT_EQ(log.configuration.size.height, 900);
+    EXPECT_DOUBLE_EQ(log.configuration.minimumFrameIntervalSeconds, 1.0 / 15.0);
+    EXPECT_TRUE(log.configuration.showsCursor);
+    std::istringstream in(platform.streams.out());
+    decode::CaptureStreamDecoder decoder;
+    int records = 0;
+    decode::decodeCaptureStream(in, decoder, [&](const decode::FrameRecord&) { ++records; });
+    EXPECT_EQ(records, 2);
+    EXPECT_EQ(decoder.picture(), rgbaOf(second));
+}
+
+TEST_F(CaptureSession, FailuresAfterThePreambleEndItWithTwoAndItsOwnEndsWithZero) {
+    const std::string listed = "ScreenCaptureKit could not list displays ({}). Is Screen Recording granted in System "
+                               "Settings \u2192 Privacy & Security \u2192 Screen Recording?";
+    const auto listing = [&](const std::string& reason) { return std::string(listed).replace(listed.find("{}"), 2, reason); };
+    const BgraImage frame = noiseImage(64, 64, 1);
+    const std::vector<std::tuple<std::string, std::function<void(fake::FakePlatform&)>, int, std::string>> cases = {
+        {"no content", [](auto& p) { p.capture.content = {std::nullopt, "cannot connect to X display :7"}; }, 2,
+         listing("cannot connect to X display :7")},
+        {"no reason", [](auto& p) { p.capture.content = {std::nullopt, std::nullopt}; }, 2, listing("unknown error")},
+        {"no display", [](auto& p) { p.capture.content.content->displays.clear(); }, 2,
+         "ScreenCaptureKit reported no displays to capture"},
+        {"output refused", [](auto& p) { p.capture.outputError = "no room"; }, 2,
+         "ScreenCaptureKit refused the stream output: no room"},
+        {"start refused", [](auto& p) { p.capture.startError = "BadMatch"; }, 2,
+         "ScreenCaptureKit could not start capturing: BadMatch"},
+        {"the stream stops", [](auto& p) {
+             p.sessionLoop.steps.push_back([&p] {
+                 p.capture.streams.back().output->didStopWithError("the display went away");
+                 p.capture.streams.back().output->didStopWithError("a second stop is not reported");
+                 return Wake::timedOut;
+             });
+         }, 2, "ScreenCaptureKit stopped the stream: the display went away"},
+        {"terminated", [](auto& p) { p.sessionLoop.steps.push_back([] { return Wake::terminateRequested; }); }, 0, ""},
+        {"a failed write", [&frame](auto& p) {
+             p.sessionLoop.steps.push_back([&p, &frame] {
+                 p.streams.failWrites = true;
+                 p.capture.streams.back().output->didOutputFrame(frame.view(), 0);
+                 return Wake::timedOut;
+             });
+         }, 0, ""},
+    };
+    for (const auto& [name, arrange, status, message] : cases) {
+        fake::FakePlatform fresh;
+        fresh.capture.content = platform.capture.content;
+        arrange(fresh);
+        fresh.sessionLoop.idle(3);  // never reached: the session ends first
+        EXPECT_EQ(fresh.run({"capture-stream"}), status) << name;
+        EXPECT_EQ(fresh.streams.out(), preamble) << name;
+        EXPECT_EQ(fresh.streams.err(), message.empty() ? "" : "brisko-mac-input: " + message + "\n") << name;
+        EXPECT_EQ(fresh.sessionLoop.steps.size(), 3u) << name;
+    }
+}
+
+TEST_F(CaptureSession, TheExclusionIsReplacedWhenTheHostsPidsChangeAtEachRefresh) {
+    auto& content = platform.capture.content.content;
+    auto& applications = content->applications;
+    platform.capture.updateError = "BadWindow";  // warned about; the stream goes on with the new list
+    then([] {});                                                       // same pids
+    then([&] { applications.push_back({menuBarPid, ""}); });           // a host process starts
+    then([&] { applications.push_back({menuBarPid, ""}); });           // listed twice: [611, 611, 902]
+    then([&] { applications.erase(applications.begin() + 1); });       // the panel ends
+    then([&] { platform.capture.content = {std::nullopt, "gone"}; });  // no content: skipped
+    then([&] { content = platform::ShareableContent{{{4, 800, 600}}, {{menuBarPid, ""}}}; });  // display 5 gone
+    then([&] { platform.clock.advanceMs(500); }, Wake::posted);  // an early wake, no end asked
+    then([&] { content->displays.push_back({5, 1440, 900}); });   // back: one update
+    EXPECT_EQ(platform.run({"capture-stream"}), 0);
+    EXPECT_EQ(updates(), (std::vector<std::vector<std::int32_t>>{{menuBarPid, panelPid},
+                                                                  {menuBarPid, menuBarPid, panelPid},
+                                                                  {menuBarPid, menuBarPid},
+                                                                  {menuBarPid}}));
+    EXPECT_EQ(stream().updates.front().display.displayID, 5u);
+    EXPECT_EQ(platform.sessionLoop.timeouts, (std::vector<double>{2000, 2000, 2000, 2000, 2000, 2000, 2000, 1500, 2000}));
+    const std::string warning = "brisko-mac-input: capture-stream: could not re-exclude Brisko's windows: BadWindow\n";
+    EXPECT_EQ(platform.streams.err(), warning + warning + warning + warning);
+}
+
+class Screenshot : public ::testing::Test {
+protected:
+    Screenshot() {
+        fs::create_directories(dir);
+        platform.capture.mainDisplay = 2;
+        platform.capture.pixelSizes[2] = {6, 4};
+        platform.capture.content.content =
+            platform::ShareableContent{{{1, 800, 600}, {2, 3, 2}}, {{300, ""}, {panelPid, "com.brisko.desktop"}}};
+        // A picture whose every pixel differs from its neighbours: B = x, G = y, R = x + y, A varies.
+        platform::CapturedImage image{6, 4, std::vector<std::uint8_t>(96)};
+        for (std::size_t i = 0; i < 24; ++i) {
+            const std::uint8_t pixel[] = {std::uint8_t(i % 6), std::uint8_t(i / 6), std::uint8_t(i % 6 + i / 6),
+                                          std::uint8_t(i * 7)};
+            std::memcpy(image.bgra.data() + i * 4, pixel, 4);
+        }
+        platform.capture.image.image = image;
+    }
+    ~Screenshot() override { fs::remove_all(dir); }
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(dir)) names.push_back(entry.path().filename().string());
+        return names;
+    }
+
+    const fs::path dir = fs::temp_directory_path() / ("brisko-screenshot-" + std::to_string(::getpid()));
+    fake::FakePlatform platform;
+};
+
+TEST_F(Screenshot, WritesTheMainDisplayAtItsPixelSizeWithoutCursorOrHostReplacingAFile) {
+    const std::string path = (dir / "shot.png").string();
+    std::ofstream(path) << "old contents";
+    EXPECT_EQ(platform.run({"screenshot", path}), 0);
+    EXPECT_EQ(platform.streams.out() + platform.streams.err(), "");
+    ASSERT_EQ(platform.capture.imageRequests.size(), 1u);
+    const fake::FakeImageRequest& request = platform.capture.imageRequests[0];
+    EXPECT_EQ(request.filter.display.displayID, 2u);
+    EXPECT_EQ(request.filter.excludedPids, std::vector<std::int32_t>{panelPid});
+    EXPECT_EQ(request.size.width, 6);
+    EXPECT_EQ(request.size.height, 4);
+    EXPECT_FALSE(request.showsCursor);
+    const auto png = testing::readPng(path);
+    ASSERT_TRUE(png && png->width == 6 && png->height == 4);
+    for (std::uint32_t i = 0; i < 24; ++i) {
+        const std::uint32_t x = i % 6, y = i / 6;
+        EXPECT_EQ(png->rgb(x, y), ((x + y) << 16) | (y << 8) | x) << x << "," << y;
+        EXPECT_EQ(png->rgba[i * 4 + 3], 255) << "opaque";
+    }
+    EXPECT_EQ(files(), std::vector<std::string>{"shot.png"});
+    platform.capture.pixelSizes.clear();  // without a mode: the size in points
+    EXPECT_EQ(platform.run({"screenshot", path}), 0);
+    EXPECT_EQ(platform.capture.imageRequests[1].size.width, 3);
+    EXPECT_EQ(platform.capture.imageRequests[1].size.height, 2);
+}
+
+TEST_F(Screenshot, FailuresWriteNoFile) {
+    const std::string path = (dir / "shot.png").string();
+    const std::string missingDir = (dir / "missing" / "shot.png").string();
+    const std::string taken = (dir / "taken.png").string();
+    const std::vector<std::tuple<std::function<void(fake::FakePlatform&)>, std::string, std::string>> cases = {
+        {[](auto& p) { p.capture.content = {std::nullopt, "cannot connect to X display :3"}; }, path,
+         "ScreenCaptureKit could not list displays (cannot connect to X display :3). Is Screen Recording granted?"},
+        {[](auto& p) { p.capture.content.content->displays.clear(); }, path,
+         "ScreenCaptureKit could not list displays (no display). Is Screen Recording granted?"},
+        {[](auto& p) { p.capture.image = {std::nullopt, "BadMatch"}; }, path, "capture failed (BadMatch)"},
+        {[](auto& p) { p.capture.image = {std::nullopt, std::nullopt}; }, path, "capture failed (no image)"},
+        {[](auto& p) { p.capture.image.image = platform::CapturedImage{}; }, path, "cannot write " + path},
+        {[](auto&) {}, missingDir, "cannot write " + missingDir},
+        {[&](auto&) { fs::create_directory(taken); }, taken, "cannot write " + taken},
+    };
+    for (const auto& [arrange, target, message] : cases) {
+        fake::FakePlatform fresh;
+        fresh.capture.mainDisplay = 2;
+        fresh.capture.content = platform.capture.content;
+        fresh.capture.image = platform.capture.image;
+        arrange(fresh);
+        const auto before = files();
+        EXPECT_EQ(fresh.run({"screenshot", target}), 2) << message;
+        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: screenshot: " + message + "\n");
+        EXPECT_EQ(files(), before) << message;
+    }
+}
+
+// Every width up to two vector steps and a bit, so that changes land in the vector part and in
+// the scalar remainder alike, in every channel and on every row.
+TEST(TileCompare, FindsTheFirstChangedRowAndConvertsToOpaqueRgbaWhateverTheWidth) {
+    for (std::size_t width = 1; width <= 37; ++width) {
+        const BgraImage frame = noiseImage(static_cast<std::int64_t>(width), 3, 1, 8);
+        const std::vector<std::uint8_t> reference = rgbaOf(frame);
+        std::vector<std::uint8_t> rgba(width * 4 + 4, 0xEE);
+        bgraToRgba(frame.bytes.data(), rgba.data(), width);
+        EXPECT_TRUE(std::equal(reference.begin(), reference.begin() + std::ptrdiff_t(width * 4), rgba.begin()));
+        EXPECT_EQ(rgba.back(), 0xEE) << "wrote past the run, width " << width;
+        for (std::size_t i = 0; i < width * 3 * 4; ++i) {
+            BgraImage changed = frame;
+            changed.pixel(std::int64_t(i / 4 % width), std::int64_t(i / 4 / width))[i % 4] ^= 0x10;
+            const std::size_t first = firstChangedRow(changed.bytes.data(), std::size_t(changed.bytesPerRow),
+                                                      reference.data(), width * 4, width, 3);
+            EXPECT_EQ(first, i % 4 == 3 ? 3 : i / 4 / width) << "width " << width << ", byte " << i;
+        }
+    }
+}
+
+TEST(CursorOverlay, BlendsPremultipliedColourClippedToTheCanvas) {
+    const std::vector<std::pair<std::uint32_t, std::array<std::uint8_t, 4>>> blends = {
+        {0xFF102030, {0x30, 0x20, 0x10, 77}},  // opaque: the cursor's colour, the alpha byte kept
+        {0x00000000, {200, 100, 0, 77}},       // transparent: the canvas
+        {0x80404040, {164, 114, 64, 77}},      // half-transparent grey
+        {0x00FFFFFF, {255, 255, 255, 77}},     // additive (premultiplied with alpha 0): adds, clamped
+    };
+    for (const auto& [argb, expected] : blends) {
+        std::array<std::uint8_t, 4> pixel = {200, 100, 0, 77};
+        drawCursor({pixel.data(), 1, 1, 4, 0, 0}, {0, 0, 1, 1, {argb}});
+        EXPECT_EQ(pixel, expected) << std::hex << argb;
+    }
+    // A 3 x 3 cursor whose pixels count up, at (102, 49) over a 4 x 3 canvas at (100, 50) with rows
+    // of 20 bytes: its columns 0-1 and rows 1-2 land on canvas pixels (2..3, 0..1).
+    std::vector<std::uint32_t> counting;
+    for (std::uint32_t i = 0; i < 9; ++i) counting.push_back(0xFF000000 | i);
+    std::vector<std::uint8_t> canvas(60, 0xEE);
+    drawCursor({canvas.data(), 4, 3, 20, 100, 50}, {102, 49, 3, 3, counting});
+    std::vector<std::uint8_t> blue;  // of each pixel, and of each row's padding
+    for (std::size_t i = 0; i < 60; i += 4) blue.push_back(canvas[i]);
+    EXPECT_EQ(blue, (std::vector<std::uint8_t>{0xEE, 0xEE, 3, 4, 0xEE, 0xEE, 0xEE, 6, 7, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE,
+                                               0xEE}));
+    const std::vector<std::uint8_t> before = canvas;
+    drawCursor({canvas.data(), 4, 3, 20, 0, 0}, {-3, 0, 3, 3, counting});
+    drawCursor({canvas.data(), 4, 3, 20, 0, 0}, {4, 3, 3, 3, counting});
+    drawCursor({canvas.data(), 4, 3, 20, 0, 0}, {0, 0, 3, 3, {0xFF000000}});  // fewer pixels than its size
+    EXPECT_EQ(canvas, before);
+}
+
+TEST(ExclusionPlan, HolesAreRedrawnFromEveryWindowThatStays) {
+    const std::vector<std::tuple<std::string, std::vector<StackedWindow>, std::vector<ExclusionHole>>> cases = {
+        {"nothing left out", {{1, {0, 0, 500, 500}, false}}, {}},
+        {"host over the bare background", {{9, {10, 20, 100, 50}, true}}, {{{10, 20, 100, 50}, {}}}},
+        {"host over parts of two windows, a third above it, one elsewhere",
+         {{1, {0, 0, 60, 800}, false}, {9, {40, 40, 100, 100}, true}, {2, {120, 0, 500, 60}, false},
+          {3, {700, 700, 10, 10}, false}},
+         {{{40, 40, 100, 100}, {{1, {40, 40, 20, 100}}, {2, {120, 40, 20, 20}}}}}},
+        {"every window under and over the hole, also those another one covers",
+         {{1, {0, 0, 1000, 800}, false}, {2, {0, 0, 900, 700}, false}, {9, {50, 50, 10, 10}, true},
+          {3, {55, 0, 100, 52}, false}},
+         {{{50, 50, 10, 10}, {{1, {50, 50, 10, 10}}, {2, {50, 50, 10, 10}}, {3, {55, 50, 5, 2}}}}}},
+        {"hosts clipped to the display, one entirely off it, never drawn into each other",
+         {{1, {900, 700, 300, 300}, false}, {9, {950, 750, 200, 200}, true}, {8, {-50, -50, 40, 40}, true},
+          {7, {960, 760, 10, 10}, true}},
+         {{{950, 750, 50, 50}, {{1, {950, 750, 50, 50}}}}, {{960, 760, 10, 10}, {{1, {960, 760, 10, 10}}}}}},
+        {"a hole for each part of a shaped host; a shaped window drawn where it covers, a translucent one blended",
+         {{1, {0, 0, 100, 100}, false, {{0, 0, 100, 40}}}, {2, {0, 0, 100, 100}, false, {}, true},
+          {9, {10, 10, 50, 50}, true, {{10, 10, 50, 20}, {10, 30, 20, 30}}}},
+         {{{10, 10, 50, 20}, {{1, {10, 10, 50, 20}}, {2, {10, 10, 50, 20}, true}}},
+          {{10, 30, 20, 30}, {{1, {10, 30, 20, 10}}, {2, {10, 30, 20, 30}, true}}}}},
+    };
+    for (const auto& [name, bottomToTop, holes] : cases) {
+        EXPECT_EQ(planExclusion({0, 0, 1000, 800}, bottomToTop), holes) << name;
+    }
+    EXPECT_TRUE(intersection({0, 0, 10, 10}, {10, 0, 5, 5}).empty());  // touching edges share nothing
+}
+
+TEST(FramePacer, TakesFramesOnlyAfterChangesAndNeverSoonerThanTheInterval) {
+    using Decision = FramePacer::Decision;
+    struct Moment {
+        double atMs;
+        bool change;
+        Decision expected;
+        bool showsNothing = false;  // the frame taken then shows nothing new
+    };
+    const std::vector<std::tuple<std::string, std::optional<double>, std::vector<Moment>>> cases = {
+        {"still after the first", std::nullopt, {{0, false, {true, {}}}, {10, false, {false, {}}}, {5000, false, {false, {}}}}},
+        {"a change long after the last frame", std::nullopt, {{0, false, {true, {}}}, {400, true, {true, {}}}}},
+        {"a change inside the interval waits for its end", std::nullopt,
+         {{0, false, {true, {}}}, {10, true, {false, 90.0}}, {60, true, {false, 40.0}}, {100, false, {true, {}}},
+          {101, false, {false, {}}}}},
+        {"continuous change, measured from the frames taken", std::nullopt,
+         {{0, true, {true, {}}}, {50, true, {false, 50.0}}, {100, true, {true, {}}}, {230, true, {true, {}}},
+          {300, true, {false, 30.0}}}},
+        {"an idle source looks again at the poll period", 40.0,
+         {{0, false, {true, {}}}, {5, false, {false, 40.0}}, {30, true, {false, 70.0}}}},
+        {"a frame that showed nothing holds the next back by the gap only, the interval runs from the last "
+         "that showed something",
+         std::nullopt,
+         {{0, false, {true, {}}}, {500, true, {true, {}}, true}, {501, true, {false, 4.0}}, {505, false, {true, {}}},
+          {520, true, {false, 85.0}}, {605, false, {true, {}}, true}, {606, true, {false, 4.0}}}},
+    };
+    for (const auto& [name, idlePollMs, moments] : cases) {
+        FramePacer pacer(100.0, 5.0, idlePollMs);
+        for (const Moment& m : moments) {
+            if (m.change) pacer.noteChange();
+            const Decision decision = pacer.decide(m.atMs);
+            EXPECT_EQ(decision, m.expected) << name << " at " << m.atMs;
+            if (decision.takeFrame) pacer.frameTaken(m.atMs);
+            if (decision.takeFrame && m.showsNothing) pacer.frameShowedNothingNew();
+        }
+    }
+    FramePacer pacer(100.0, 5.0, std::nullopt);  // a change while a frame is taken calls for another
+    pacer.frameTaken(0);
+    pacer.noteChange();
+    EXPECT_EQ(pacer.decide(20), (Decision{false, 80.0}));
+}
+
+}  // namespace
+}  // namespace brisko

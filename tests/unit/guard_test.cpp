@@ -1,0 +1,331 @@
+// The guard over the fake window server: who is the host, which window a press would reach, who
+// holds the keyboard, the refusals and the own-ui report.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "cli/input_command_error.h"
+#include "cli/process_state.h"
+#include "fake/fake_platform.h"
+#include "ownui/capture_exclusion.h"
+#include "ownui/guard_rules.h"
+#include "ownui/live_inventory.h"
+#include "ownui/owner_identity.h"
+#include "ownui/refusal.h"
+
+namespace brisko {
+namespace {
+
+using platform::Rect;
+using platform::ScreenWindow;
+using Text = std::optional<std::string>;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr std::int32_t hostPid = 5;
+constexpr std::int32_t otherPid = 9;
+constexpr std::int64_t menuLayer = 101;  // the fake window server's pop-up menu layer
+const Rect square{0, 0, 100, 100};
+
+bool isHost(std::int32_t pid) { return pid == hostPid || pid == hostPid + 1; }
+
+ScreenWindow window(std::uint32_t id, std::int32_t pid, Rect bounds = square, std::int64_t layer = 0, double alpha = 1) {
+    return {.windowID = id, .ownerPID = pid, .bounds = bounds, .alpha = alpha, .layer = layer};
+}
+
+TEST(GuardRules, APressGoesToTheFirstWindowThatTakesItThroughOverlays) {
+    struct Case {
+        const char* name;
+        platform::Point point;
+        std::vector<ScreenWindow> windows;
+        std::optional<std::uint32_t> refusedOn;
+    };
+    const std::vector<Case> cases = {
+        {"host window alone", {10, 10}, {window(1, hostPid)}, 1},
+        {"no windows", {10, 10}, {}, std::nullopt},
+        {"other app in front", {10, 10}, {window(2, otherPid), window(1, hostPid)}, std::nullopt},
+        {"overlay at 20 looked through", {10, 10}, {window(2, otherPid, square, 20), window(1, hostPid)}, 1},
+        {"several overlays", {10, 10},
+         {window(3, otherPid, square, 1000), window(2, otherPid, square, 25), window(1, hostPid, square, 3)}, 1},
+        {"layer 19 is not an overlay", {10, 10}, {window(2, otherPid, square, 19), window(1, hostPid)}, std::nullopt},
+        {"negative layer takes the press", {10, 10}, {window(2, otherPid, square, -1), window(1, hostPid)}, std::nullopt},
+        {"overlay then ordinary window", {10, 10},
+         {window(3, otherPid, square, 30), window(2, otherPid), window(1, hostPid)}, std::nullopt},
+        {"host overlay is refused itself", {10, 10}, {window(2, hostPid + 1, square, 25), window(1, hostPid)}, 2},
+        {"other app elsewhere", {10, 10}, {window(2, otherPid, {200, 0, 50, 50}), window(1, hostPid)}, 1},
+        {"transparent other app", {10, 10}, {window(2, otherPid, square, 0, 0.0), window(1, hostPid)}, 1},
+        {"transparent host window is passed", {10, 10}, {window(2, hostPid, square, 0, 0.0), window(1, hostPid)}, 1},
+        {"negative alpha", {10, 10}, {window(1, hostPid, square, 0, -0.5)}, std::nullopt},
+        {"NaN alpha", {10, 10}, {window(1, hostPid, square, 0, nan)}, std::nullopt},
+        {"zero width", {0, 10}, {window(1, hostPid, {0, 0, 0, 100})}, std::nullopt},
+        {"zero height", {10, 0}, {window(1, hostPid, {0, 0, 100, 0})}, std::nullopt},
+        {"NaN width", {10, 10}, {window(1, hostPid, {0, 0, nan, 100})}, std::nullopt},
+        {"NaN height", {10, 10}, {window(1, hostPid, {0, 0, 100, nan})}, std::nullopt},
+        {"empty other window in front", {10, 10}, {window(2, otherPid, {0, 0, 100, 0}), window(1, hostPid)}, 1},
+        {"minimum x edge is inside", {0, 50}, {window(1, hostPid)}, 1},
+        {"minimum y edge is inside", {50, 0}, {window(1, hostPid)}, 1},
+        {"x + w is outside", {100, 50}, {window(1, hostPid)}, std::nullopt},
+        {"y + h is outside", {50, 100}, {window(1, hostPid)}, std::nullopt},
+        {"just inside the far edge", {99.999, 99.999}, {window(1, hostPid)}, 1},
+        {"other app's far edge belongs to the host behind", {100, 50},
+         {window(2, otherPid), window(1, hostPid, {100, 0, 100, 100})}, 1},
+        {"negative width extends left", {50, 10}, {window(1, hostPid, {100, 0, -50, 100})}, 1},
+        {"negative width: stored x is the far edge", {100, 10}, {window(1, hostPid, {100, 0, -50, 100})}, std::nullopt},
+        {"negative width: nothing right of x", {120, 10}, {window(1, hostPid, {100, 0, -50, 100})}, std::nullopt},
+        {"negative height extends up", {10, -20}, {window(1, hostPid, {0, 0, 100, -50})}, 1},
+        {"negative coordinates", {-1440.5, -3}, {window(1, hostPid, {-1440.5, -10, 20, 20})}, 1},
+        {"NaN point", {nan, 10}, {window(1, hostPid)}, std::nullopt},
+        {"infinite window", {1e300, -1e300}, {window(1, hostPid, {-INFINITY, -INFINITY, INFINITY, INFINITY})},
+         std::nullopt},
+    };
+    fake::FakePlatform platform;
+    for (const Case& c : cases) {
+        const auto hit = briskoWindowAt(c.point, c.windows, isHost);
+        EXPECT_EQ(hit ? std::optional(hit->windowID) : std::nullopt, c.refusedOn) << c.name;
+    }
+    // Only the owners of windows that could take the press are asked about.
+    std::vector<std::int32_t> asked;
+    const std::vector<ScreenWindow> walk = {window(1, 10, {500, 500, 10, 10}), window(2, 11, square, 30),
+                                            window(3, 12, square, 0, 0), window(4, 13), window(5, hostPid)};
+    EXPECT_FALSE(briskoWindowAt({10, 10}, walk, [&](std::int32_t pid) {
+        asked.push_back(pid);
+        return isHost(pid);
+    }));
+    EXPECT_EQ(asked, (std::vector<std::int32_t>{11, 13}));
+}
+
+TEST(GuardRules, TheKeyboardIsTheHostsWhenItsMenuIsOpenOrItsWindowIsFrontmost) {
+    constexpr auto menu = BriskoKeyboardHold::menu;
+    constexpr auto brisko = BriskoKeyboardHold::brisko;
+    constexpr auto other = BriskoKeyboardHold::other;
+    const std::vector<std::tuple<const char*, std::vector<ScreenWindow>, BriskoKeyboardHold>> cases = {
+        {"nothing on screen", {}, other},
+        {"host frontmost", {window(1, hostPid)}, brisko},
+        {"other app frontmost", {window(1, otherPid), window(2, hostPid)}, other},
+        {"host menu behind another app", {window(1, otherPid), window(2, hostPid, square, menuLayer)}, menu},
+        {"host panel over host menu", {window(1, hostPid), window(2, hostPid, square, menuLayer)}, menu},
+        {"other menu in front of host panel", {window(2, otherPid, square, menuLayer), window(1, hostPid)}, brisko},
+        {"host menu after another app's menu",
+         {window(3, otherPid, square, menuLayer), window(1, otherPid), window(2, hostPid, square, menuLayer)}, menu},
+        {"host only at other layers",
+         {window(1, hostPid, square, 3), window(2, hostPid, square, 25), window(3, otherPid, square, 100)}, other},
+        {"host at a later layer-0 window", {window(1, hostPid, square, 3), window(2, otherPid), window(3, hostPid)},
+         other},
+        {"transparent host in front", {window(1, hostPid, square, 0, 0), window(2, otherPid)}, other},
+        {"transparent host in front of host", {window(1, hostPid, square, 0, 0), window(2, hostPid)}, brisko},
+        {"empty host window", {window(1, hostPid, {0, 0, 0, 10}), window(2, otherPid)}, other},
+        {"transparent host menu", {window(1, hostPid, square, menuLayer, 0), window(2, otherPid)}, other},
+        {"empty host menu", {window(1, hostPid, {0, 0, 10, nan}, menuLayer)}, other},
+        {"negative size counts by magnitude", {window(1, hostPid, {100, 100, -10, -10})}, brisko},
+    };
+    fake::FakePlatform platform;
+    for (const auto& [name, windows, hold] : cases) EXPECT_EQ(briskoKeyboardHold(windows, isHost), hold) << name;
+    // Only menus and the first normal window have their owners asked about.
+    std::vector<std::int32_t> asked;
+    const std::vector<ScreenWindow> walk = {window(1, 10, square, 3), window(2, 11, square, menuLayer),
+                                            window(3, 12, square, 0, 0), window(4, 13), window(5, 14),
+                                            window(6, 15, square, menuLayer), window(7, 16, square, 25)};
+    EXPECT_EQ(briskoKeyboardHold(walk, [&](std::int32_t pid) {
+                  asked.push_back(pid);
+                  return false;
+              }),
+              other);
+    std::sort(asked.begin(), asked.end());
+    EXPECT_EQ(asked, (std::vector<std::int32_t>{11, 13, 15}));
+    for (const auto hold : {menu, brisko, other}) EXPECT_EQ(keyboardHoldFromRawValue(rawValue(hold)), hold);
+    EXPECT_EQ(rawValue(menu), "menu");
+    for (const char* text : {"Menu", "", "other "}) EXPECT_FALSE(keyboardHoldFromRawValue(text)) << text;
+}
+
+TEST(GuardRules, TheMenuLayerComesFromTheWindowServerAtStart) {
+    fake::FakePlatform platform;
+    platform.windows.menuLayer = 8;
+    startProcess(platform.services);
+    EXPECT_EQ(briskoKeyboardHold({window(1, otherPid), window(2, hostPid, square, 8)}, isHost), BriskoKeyboardHold::menu);
+    EXPECT_EQ(briskoKeyboardHold({window(1, otherPid), window(2, hostPid, square, menuLayer)}, isHost),
+              BriskoKeyboardHold::other);
+}
+
+TEST(OwnerIdentity, TheHostIsKnownOnlyByItsExactIdentifierOrExecutableName) {
+    const std::vector<std::tuple<Text, Text, bool>> cases = {
+        {"com.brisko.desktop", std::nullopt, true},  {std::nullopt, "brisko-mac-menubar", true},
+        {"org.example.editor", "brisko-mac-menubar", true},
+        {"com.brisko.desktop.helper", "brisko-helper", false}, {"Com.Brisko.Desktop", std::nullopt, false},
+        {"com.brisko.desktop ", std::nullopt, false}, {std::nullopt, "Brisko-Mac-Menubar", false},
+        {std::nullopt, "brisko-mac-menubar-2", false}, {std::nullopt, "brisko-mac", false}, {"", "", false},
+    };
+    fake::FakePlatform platform;
+    for (const auto& [bundle, exec, host] : cases) {
+        EXPECT_EQ(isBriskoOwner(bundle, exec), host) << bundle.value_or("-") << " / " << exec.value_or("-");
+    }
+    platform.windows.paths = {{1, "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar"}, {3, "/opt/tools/"},
+                              {4, "/"}, {5, "/usr/bin/with space"}, {7, "/opt/a\xFF\xC3" "b"}};
+    const std::vector<std::pair<std::int32_t, Text>> names = {
+        {1, "brisko-mac-menubar"}, {3, "tools"}, {4, "/"}, {5, "with space"}, {6, std::nullopt},
+        {7, "a\uFFFD\uFFFDb"}};  // bytes that are no UTF-8 read as replacement characters
+    for (const auto& [pid, name] : names) EXPECT_EQ(executableName(pid), name) << pid;
+}
+
+TEST(OwnerIdentity, AnswersPerPidAreKeptForTheLifeOfTheProcessAndAskedOnlyWhenNeeded) {
+    fake::FakePlatform platform;
+    platform.windows.bundles[902] = "com.brisko.desktop";
+    platform.windows.paths[611] = "/x/brisko-mac-menubar";
+    platform.windows.paths[77] = "/usr/bin/editor";
+    EXPECT_TRUE(pidIsBrisko(902));
+    EXPECT_TRUE(pidIsBrisko(611));
+    EXPECT_FALSE(pidIsBrisko(77));
+    EXPECT_EQ(platform.windows.identityQueries, 6);  // bundle and path, once per pid
+    // The host now runs under 77 and 902 has gone: the first answers stand, nothing is asked.
+    platform.windows.bundles.erase(902);
+    platform.windows.bundles[77] = "com.brisko.desktop";
+    EXPECT_TRUE(pidIsBrisko(902));
+    EXPECT_FALSE(pidIsBrisko(77));
+    EXPECT_EQ(platform.windows.identityQueries, 6);
+
+    // A check learns only about the owners it needs: the press about 42 (an overlay) and the
+    // editor, the keyboard about the first layer-0 window, 41's.
+    fake::FakePlatform fresh;
+    fresh.windows.windows = {window(1, 41, {0, 0, 10, 10}), window(2, 42, square, 30), window(3, 300), window(4, 902)};
+    refuseIfOnBrisko({50, 50});
+    EXPECT_EQ(processState().briskoOwnerCache, (std::map<std::int32_t, bool>{{42, false}, {300, false}}));
+    refuseIfBriskoFrontmost();
+    EXPECT_EQ(processState().briskoOwnerCache, (std::map<std::int32_t, bool>{{41, false}, {42, false}, {300, false}}));
+}
+
+TEST(OwnerIdentity, TheHostsProcessesAreLeftOutOfCaptureByPid) {
+    fake::FakePlatform platform;
+    platform.windows.paths[12] = "/x/brisko-mac-menubar";
+    platform.windows.bundles[12] = "com.brisko.desktop";  // the registry is not consulted here
+    const std::vector<OwnerIdentity> candidates =
+        briskoCandidates({{}, {{900, "com.brisko.desktop"}, {12, ""}, {33, "org.other"}}});
+    ASSERT_EQ(candidates.size(), 3u);
+    EXPECT_EQ(candidates[0].bundleIdentifier, "com.brisko.desktop");
+    EXPECT_EQ(candidates[0].executableName, std::nullopt);
+    EXPECT_EQ(candidates[1].bundleIdentifier, std::nullopt);
+    EXPECT_EQ(candidates[1].executableName, "brisko-mac-menubar");
+    EXPECT_TRUE(processState().briskoOwnerCache.empty());
+    EXPECT_EQ(briskoExcludedPids({{900, "com.brisko.desktop", {}}, {4, "org.other", "other"},
+                                  {12, {}, "brisko-mac-menubar"}, {900, "com.brisko.desktop", {}}, {7, {}, {}}}),
+              (std::vector<std::int32_t>{900, 12, 900}));
+
+    const platform::CaptureDisplay first{5, 1440, 900}, second{9, 1920, 1080};
+    platform.capture.mainDisplay = 9;
+    EXPECT_EQ(mainSCDisplay({{first, second}, {}})->displayID, 9u);
+    platform.capture.mainDisplay = 1;  // not listed: the first one
+    EXPECT_EQ(mainSCDisplay({{first, second}, {}})->displayID, 5u);
+    EXPECT_FALSE(mainSCDisplay({}).has_value());
+    const platform::ShareableContent content{{first}, {{900, "com.brisko.desktop"}, {40, "org.other"}, {12, ""}}};
+    EXPECT_EQ(applicationsWithPids(content, {12, 900, 77}), (std::vector<std::size_t>{0, 2}));
+    const auto filter = briskoExcludingFilter(first, content);
+    EXPECT_EQ(filter.display.displayID, 5u);
+    EXPECT_EQ(filter.excludedPids, (std::vector<std::int32_t>{12, 900}));  // ascending
+    // Selection is by pid over every listed application, so a second entry of a host pid goes too.
+    EXPECT_EQ(briskoExcludingFilter(first, {{first}, {{900, "org.helper"}, {900, "com.brisko.desktop"}}}).excludedPids,
+              (std::vector<std::int32_t>{900, 900}));
+}
+
+class Refusal : public ::testing::Test {
+protected:
+    Refusal() { platform.windows.bundles[hostPid] = "com.brisko.desktop"; }
+    template <typename Check>
+    static std::string refusal(Check check) {
+        try {
+            check();
+        } catch (const InputCommandError& e) {
+            return e.message();
+        }
+        return "";
+    }
+
+    fake::FakePlatform platform;
+    const std::string ownPanel = processState().briskoOwnUiRefusal;
+};
+
+TEST_F(Refusal, ThePressMessageNamesThePointTruncatedTowardZeroAndTheWindow) {
+    platform.windows.windows = {window(4321, hostPid, {-1000, -1000, 2000, 2000})};
+    const std::vector<std::pair<platform::Point, std::string>> cases = {
+        {{512.9, -3.7}, "(512,-3)"}, {{-0.5, 0.99}, "(0,0)"}, {{-999.9, 999.99}, "(-999,999)"}};
+    for (const auto& [point, text] : cases) {
+        const platform::Point at = point;  // (a structured binding cannot be captured before C++20's fix)
+        EXPECT_EQ(refusal([&] { refuseIfOnBrisko(at); }), "refused a press at " + text + " on window 4321: " + ownPanel);
+    }
+}
+
+TEST_F(Refusal, KeysAreRefusedWithTheMenuNamedFirstAndEveryCheckTakesAFreshWindowList) {
+    const auto panel = window(1, hostPid, {900, 40, 360, 520});
+    const auto menu = window(2, hostPid, {1200, 24, 200, 300}, menuLayer);
+    const auto editor = window(3, otherPid, {0, 0, 800, 600});
+    const std::string whileFrontmost = "refused a key press while Brisko is frontmost: " + ownPanel;
+    const std::string whileMenuOpen = "refused a key press: " + processState().briskoMenuOpenRefusal;
+    const std::vector<std::pair<std::vector<ScreenWindow>, std::string>> cases = {
+        {{panel, editor}, whileFrontmost}, {{menu, panel, editor}, whileMenuOpen}, {{editor, menu}, whileMenuOpen},
+        {{editor, panel}, ""}, {{}, ""}};
+    for (const auto& [windows, message] : cases) {
+        platform.windows.windows = windows;
+        EXPECT_EQ(refusal([] { refuseIfBriskoFrontmost(); }), message) << windows.size();
+    }
+    EXPECT_EQ(refusal([] { refuseIfOnBrisko({1000, 100}); }), "") << "an unavailable window list refuses nothing";
+    EXPECT_EQ(platform.windows.windowListQueries, 6);
+}
+
+// The report of own-ui: the host's pids (611 the menu-bar process, 902 the app) and windows.
+class OwnUiReport : public ::testing::Test {
+protected:
+    OwnUiReport() {
+        platform.windows.bundles[902] = "com.brisko.desktop";
+        platform.windows.paths[611] = "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar";
+        platform.capture.content.content = platform::ShareableContent{
+            {{1, 1440, 900}}, {{300, "org.example.editor"}, {902, "com.brisko.desktop"}, {611, ""}}};
+    }
+    std::string report(const std::vector<std::string>& args) {
+        EXPECT_EQ(platform.run(args), 0);
+        EXPECT_EQ(platform.streams.err(), "");
+        return platform.streams.out();
+    }
+
+    fake::FakePlatform platform;
+};
+
+TEST_F(OwnUiReport, ListsTheHostsWindowsWithBoundsTruncatedAndWhoHoldsTheKeyboard) {
+    platform.windows.windows = {
+        window(4000000000u, 902, {-1440.5, -0.7, 360.9, 520.2}, -5),
+        window(15, 902, {200, 300, -50.5, -20}),
+        window(7, 300, {0, 0, 800, 600}),
+    };
+    EXPECT_EQ(report({"own-ui"}),
+              "{\"excludedPids\":[611,902],\"briskoWindows\":["
+              "{\"id\":4000000000,\"pid\":902,\"layer\":-5,\"x\":-1440,\"y\":0,\"w\":360,\"h\":520},"
+              "{\"id\":15,\"pid\":902,\"layer\":0,\"x\":149,\"y\":280,\"w\":50,\"h\":20}],"
+              "\"briskoFrontmost\":true,\"keyboard\":\"brisko\"}\n");
+}
+
+TEST_F(OwnUiReport, APointIsJudgedOnTheSameWindowList) {
+    platform.windows.windows = {window(12, 611, {1200, 0, 200, 300}, menuLayer), window(13, 902, {100, 100, 50, 50}, 0, 0.0),
+                                window(7, 300, {0, 0, 800, 600})};
+    EXPECT_EQ(report({"own-ui", "1250", "100"}),
+              "{\"excludedPids\":[611,902],\"briskoWindows\":["
+              "{\"id\":12,\"pid\":611,\"layer\":101,\"x\":1200,\"y\":0,\"w\":200,\"h\":300},"
+              "{\"id\":13,\"pid\":902,\"layer\":0,\"x\":100,\"y\":100,\"w\":50,\"h\":50}],"
+              "\"briskoFrontmost\":false,\"keyboard\":\"menu\",\"refused\":true,\"window\":12}\n");
+    EXPECT_EQ(platform.windows.windowListQueries, 1);
+}
+
+TEST_F(OwnUiReport, WithoutADisplayItFailsWithTheReasonAndListsNothing) {
+    const std::vector<std::pair<platform::ShareableContentResult, std::string>> cases = {
+        {{std::nullopt, "The user declined TCCs for application, window, display capture"},
+         "The user declined TCCs for application, window, display capture"},
+        {{std::nullopt, std::nullopt}, "no display"},
+        {{platform::ShareableContent{{}, {{902, "com.brisko.desktop"}}}, std::nullopt}, "no display"},
+    };
+    for (const auto& [listed, reason] : cases) {
+        fake::FakePlatform fresh;
+        fresh.capture.content = listed;
+        EXPECT_EQ(fresh.run({"own-ui", "1", "2"}), 2);
+        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: own-ui: ScreenCaptureKit could not list displays (" + reason + ")\n");
+        EXPECT_EQ(fresh.streams.out(), "");
+        EXPECT_EQ(fresh.windows.windowListQueries, 0);
+    }
+}
+
+}  // namespace
+}  // namespace brisko

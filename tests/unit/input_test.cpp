@@ -1,0 +1,413 @@
+// The input commands, one-shot and raw, run as the process entry runs them over the fake: the
+// events they post, what they leave held, what they refuse and how they fail.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+#include "cli/input_command_error.h"
+#include "cli/number_text.h"
+#include "cli/parse_point.h"
+#include "cli/process_state.h"
+#include "fake/fake_platform.h"
+#include "input/key_vocabulary.h"
+#include "input/type_plan.h"
+#include "support/journal_text.h"
+
+namespace brisko {
+namespace {
+
+using testing::eventText;
+using Line = std::vector<std::string>;
+using Texts = std::vector<std::string>;
+
+constexpr std::int32_t hostPid = 77;
+
+// The command lines run one after another in one process; the status of the last.
+int runAll(fake::FakePlatform& platform, const std::vector<Line>& lines) {
+    int status = -1;
+    for (const Line& line : lines) status = platform.run(line);
+    return status;
+}
+
+std::string named(const std::vector<Line>& lines) {
+    std::string text;
+    for (const Line& line : lines) {
+        for (const std::string& word : line) text += "[" + word + "]";
+        text += " ";
+    }
+    return text;
+}
+
+TEST(InputCommands, EachPostsItsSequenceAndLeavesHeldWhatItsFlagsSay) {
+    struct Case {
+        std::vector<Line> lines;
+        Texts events;
+        EventFlags heldAfter = 0;
+    };
+    const std::vector<Case> cases = {
+        {{{"click", "10", "20"}}, {"move 10,20", "leftdown 10,20 #1", "leftup 10,20 #1"}},
+        {{{"click", "10", "20", "right"}}, {"move 10,20", "rightdown 10,20 #1", "rightup 10,20 #1"}},
+        {{{"doubleclick", "5", "6"}},
+         {"move 5,6", "leftdown 5,6 #1", "leftup 5,6 #1", "leftdown 5,6 #2", "leftup 5,6 #2"}},
+        {{{"type", "a\r\nb\t\b"}},
+         {"keydown \"a\"", "keyup \"a\"", "keydown 36", "keyup 36", "keydown \"b\"", "keyup \"b\"", "keydown 48",
+          "keyup 48", "keydown 51", "keyup 51"}},
+        {{{"type", "e\xCC\x81\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD"}},  // one press per character
+         {"keydown \"e\xCC\x81\"", "keyup \"e\xCC\x81\"", "keydown \"\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD\"",
+          "keyup \"\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD\""}},
+        {{{"type", ""}}, {}},
+        // Typed text carries no held flags, and leaves them held.
+        {{{"keydown", "56", "shift"}, {"type", "A"}}, {"flags 56 shift", "keydown \"A\"", "keyup \"A\""}, flag::shift},
+        {{{"key", "cmd+shift+4"}},
+         {"flags 55 cmd", "flags 56 cmd,shift", "keydown 21 cmd,shift", "keyup 21 cmd,shift", "flags 56 cmd",
+          "flags 55"}},
+        {{{"key", "CMD+C"}}, {"flags 55 cmd", "keydown 8 cmd", "keyup 8 cmd", "flags 55"}},
+        {{{"key", "cmd++"}}, {"flags 55 cmd", "keydown 24 cmd", "keyup 24 cmd", "flags 55"}},
+        {{{"key", "fn+F5"}}, {"flags 63 fn", "keydown 96 fn", "keyup 96 fn", "flags 63"}},
+        // The last part is always the key, even when it names a modifier.
+        {{{"key", "cmd+shift"}}, {"flags 55 cmd", "keydown 56 cmd", "keyup 56 cmd", "flags 55"}},
+        // A combo's modifiers leave nothing held; a plain key leaves the flags alone.
+        {{{"keydown", "58", "alt"}, {"key", "shift+a"}},
+         {"flags 58 alt", "flags 56 shift", "keydown 0 shift", "keyup 0 shift", "flags 56"}},
+        {{{"keydown", "58", "alt"}, {"key", "Return"}}, {"flags 58 alt", "keydown 36", "keyup 36"}, flag::alternate},
+        {{{"mousedown", "400", "220", "left"}}, {"leftdown 400,220 #1"}},
+        {{{"mousedown", "400", "220", "right", "cmd"}}, {"rightdown 400,220 #1 cmd"}, flag::command},
+        {{{"mouseup", "5", "5", "right", "cmd"}, {"mouseup", "6", "7", "middle"}, {"mouseup", "8", "9", "left", "none"}},
+         {"rightup 5,5 #1 cmd", "otherup 6,7 #1 cmd", "leftup 8,9 #1"}},
+        {{{"mousemove", "10", "20"}, {"mousemove", "1", "2", "none"}, {"mousemove", "3", "4", "left"},
+          {"mousemove", "5", "6", "right"}, {"mousemove", "7", "8", "middle"}, {"mousemove", "0x10", "1e2", "none", "none"}},
+         {"move 10,20", "move 1,2", "leftdrag 3,4", "rightdrag 5,6", "otherdrag 7,8", "move 16,100"}},
+        {{{"mousemove", "1.5", "-2", "left", "cmd,shift"}}, {"leftdrag 1.5,-2 cmd,shift"}, flag::command | flag::shift},
+        // A modifier key's flags become the held flags; a plain key's are its own (caps lock is one).
+        {{{"keydown", "55", "cmd"}, {"keydown", "56", "cmd,shift"}, {"keyup", "4", "cmd"}, {"keyup", "56", "cmd"},
+          {"keyup", "+55", "none"}, {"keydown", "4", "shift"}, {"keyup", "57", "shift"}},
+         {"flags 55 cmd", "flags 56 cmd,shift", "keyup 4 cmd", "flags 56 cmd", "flags 55", "keydown 4 shift",
+          "keyup 57 shift"}},
+        {{{"keydown", "60", "shift"}, {"scroll", "down", "1"}, {"mousemove", "10", "20"}, {"scroll", "up", "+2", "ctrl"}},
+         {"flags 60 shift", "scroll -3 shift", "move 10,20 shift", "scroll 3 ctrl", "scroll 3 ctrl"}, flag::control},
+        {{{"type-unicode", "1F600"}, {"type-unicode", "+e9"}, {"type-unicode", "41"}},
+         {"keydown \"\xF0\x9F\x98\x80\"", "keyup \"\xF0\x9F\x98\x80\"", "keydown \"\xC3\xA9\"", "keyup \"\xC3\xA9\"",
+          "keydown \"A\"", "keyup \"A\""}},
+    };
+    for (const Case& c : cases) {
+        fake::FakePlatform platform;
+        EXPECT_EQ(runAll(platform, c.lines), 0) << named(c.lines) << platform.streams.err();
+        EXPECT_EQ(eventText(platform.journal), c.events) << named(c.lines);
+        EXPECT_EQ(processState().heldFlags, c.heldAfter) << named(c.lines);
+    }
+}
+
+TEST(InputCommands, ADragMovesInTwelveUnroundedStepsWithTheLeftButtonAndTheHeldFlags) {
+    fake::FakePlatform platform;
+    ASSERT_EQ(runAll(platform, {{"keydown", "58", "alt"}, {"drag", "100", "0", "99", "-1"}}), 0);
+    Texts expected = {"flags 58 alt", "move 100,0 alt", "leftdown 100,0 alt"};
+    for (int i = 1; i <= 12; ++i) {
+        std::ostringstream step;
+        step << "leftdrag " << 100 - i / 12.0 << "," << -i / 12.0 << " alt";
+        expected.push_back(step.str());
+    }
+    expected.push_back("leftup 99,-1 alt");
+    EXPECT_EQ(eventText(platform.journal), expected);
+}
+
+TEST(InputCommands, FailuresAreOneLineAndWhatWasPostedOrAdoptedStays) {
+    struct Case {
+        std::vector<Line> lines;
+        std::string message;
+        Texts events = {};
+        EventFlags heldAfter = 0;
+    };
+    const std::string key = "expected a CGKeyCode integer, got '";
+    const std::string point = "expected a hex Unicode code point, got '";
+    const std::string base64 = "expected base64-encoded UTF-8 text, got '";
+    const std::string scroll = "usage: scroll up|down N [flags]";
+    const std::vector<Case> cases = {
+        {{{"Check"}}, "unknown command 'Check'"},
+        {{{"MouseMove", "1", "2"}}, "unknown command 'MouseMove'"},
+        {{{""}}, "unknown command ''"},
+        {{{"click", "10", "20", "Left"}}, "unknown mouse button 'Left' (want left|right|middle)", {"move 10,20"}},
+        {{{"mousemove", "10", "20", "Left"}}, "unknown held button 'Left' (want left|middle|right|none)"},
+        {{{"mousemove", "10", "20", "Left", "cmd"}}, "unknown held button 'Left' (want left|middle|right|none)", {},
+         flag::command},
+        {{{"mousemove", "x", "20", "left", "cmd"}}, "expected numeric coordinates, got 'x 20'"},
+        {{{"mousemove", "1", "2", "left", "Cmd"}},
+         "unknown modifier 'Cmd' in flags 'Cmd' (want cmd|shift|alt|ctrl|fn or none)"},
+        {{{"mouseup", "1", "2", "center", "shift"}}, "unknown mouse button 'center' (want left|right|middle)", {},
+         flag::shift},
+        {{{"scroll", "left", "3", "cmd"}}, "unknown scroll direction 'left' (want up|down)", {}, flag::command},
+        {{{"scroll", "Up", "1"}}, "unknown scroll direction 'Up' (want up|down)"},
+        {{{"scroll", "up", "0", "cmd"}}, scroll},
+        {{{"scroll", "up", "-2"}}, scroll},
+        {{{"scroll", "up", "+0"}}, scroll},
+        {{{"scroll", "up", "2147483648"}}, scroll},
+        {{{"keyup", "65536", "none"}}, key + "65536'"},
+        {{{"keyup", "0x10", "none"}}, key + "0x10'"},
+        {{{"keydown", "56", "Shift"}}, "unknown modifier 'Shift' in flags 'Shift' (want cmd|shift|alt|ctrl|fn or none)"},
+        {{{"keyup", "0", "cmd, shift"}},
+         "unknown modifier ' shift' in flags 'cmd, shift' (want cmd|shift|alt|ctrl|fn or none)"},
+        {{{"type-unicode", "D800"}}, point + "D800'"},
+        {{{"type-unicode", "DFFF"}}, point + "DFFF'"},
+        {{{"type-unicode", "110000"}}, point + "110000'"},
+        {{{"type-unicode", "0x41"}}, point + "0x41'"},
+        {{{"type-unicode", "-41"}}, point + "-41'"},
+        {{{"type-unicode", ""}}, point + "'"},
+        {{{"set-clipboard", "aGk= "}}, base64 + "aGk= '"},
+        {{{"set-clipboard", "//8="}}, base64 + "//8='"},  // the bytes FF FF
+        {{{"set-clipboard", "7aCA"}}, base64 + "7aCA'"},  // a surrogate in UTF-8
+        {{{"set-clipboard", "wA=="}}, base64 + "wA=='"},  // an overlong lead byte
+        {{{"key", "+a"}}, "empty key combo part in '+a'"},
+        {{{"key", "cmd++c"}}, "empty key combo part in 'cmd++c'"},
+        {{{"key", "cmd+++"}}, "empty key combo part in 'cmd+++'"},
+        {{{"key", "HYPER+a"}}, "unknown modifier 'hyper' in combo 'HYPER+a'"},
+        {{{"key", "cmd+hyper+!"}}, "unknown modifier 'hyper' in combo 'cmd+hyper+!'"},
+        {{{"key", "cmd+!"}}, "unknown key '!'"},
+        {{{"key", "cmd+shift+ab"}}, "unknown key 'ab'"},
+        {{{"move", "10", "abc"}}, "expected numeric coordinates, got '10 abc'"},
+    };
+    for (const Case& c : cases) {
+        fake::FakePlatform platform;
+        EXPECT_EQ(runAll(platform, c.lines), 2) << named(c.lines);
+        EXPECT_EQ(platform.streams.err(), "brisko-mac-input: " + c.message + "\n") << named(c.lines);
+        EXPECT_EQ(eventText(platform.journal), c.events) << named(c.lines);
+        EXPECT_EQ(processState().heldFlags, c.heldAfter) << named(c.lines);
+        EXPECT_EQ(platform.pasteboard.count, 0) << named(c.lines);
+    }
+}
+
+TEST(InputCommands, EveryRowChecksItsArgumentCountBeforeAnythingElse) {
+    const std::vector<std::pair<Line, std::string>> cases = {
+        {{}, "brisko-mac-input <check|check-flags|geometry|session|move|click|doubleclick|drag|type|key|scroll|"
+             "mousemove|mousedown|mouseup|keydown|keyup|type-unicode|set-clipboard|get-clipboard|clear-clipboard|"
+             "clipboard-access|input-stream|play|play-check|capture-stream|screenshot|own-ui|own-ui-check> \u2026"},
+        {{"get-clipboard"}, "get-clipboard <uti> [uti\u2026]"},
+        {{"clear-clipboard", "a"}, "clear-clipboard (no arguments)"},
+        {{"clipboard-access", "a"}, "clipboard-access (no arguments)"},
+        {{"own-ui-check", "a"}, "own-ui-check (cases as JSON lines on stdin)"},
+        {{"play-check", "a"}, "play-check (one play block on stdin)"},
+        {{"play", "a"}, "play (one play block on stdin; no stop \u2014 only input-stream reads one)"},
+        {{"own-ui", "1"}, "own-ui [X Y]"},
+        {{"own-ui", "1", "2", "3"}, "own-ui [X Y]"},
+        {{"screenshot"}, "screenshot <out.png>"},
+        {{"screenshot", "a", "b"}, "screenshot <out.png>"},
+        {{"input-stream", "a"}, "input-stream (no arguments)"},
+        {{"capture-stream", "a"}, "capture-stream (no arguments)"},
+        {{"move", "1"}, "move X Y"},
+        {{"click", "1"}, "click X Y [left|right|middle]"},
+        {{"click", "10", "20", "left", "extra"}, "click X Y [left|right|middle]"},
+        {{"doubleclick", "1", "2", "3"}, "doubleclick X Y"},
+        {{"drag", "1", "2", "3"}, "drag X1 Y1 X2 Y2"},
+        {{"type"}, "type <text> (one argument)"},
+        {{"type", "a", "b"}, "type <text> (one argument)"},
+        {{"key"}, "key <combo>"},
+        {{"parse-chord"}, "parse-chord <combo>"},
+        {{"plan-type", "a", "b"}, "plan-type <text>"},
+        {{"mousemove", "1"}, "mousemove X Y [left|middle|right|none [flags]]"},
+        {{"mousemove", "1", "2", "left", "cmd", "x"}, "mousemove X Y [left|middle|right|none [flags]]"},
+        {{"mousedown", "1", "2"}, "mousedown X Y left|middle|right [flags]"},
+        {{"mousedown", "1", "2", "left", "cmd", "x"}, "mousedown X Y left|middle|right [flags]"},
+        {{"mouseup", "1", "2"}, "mouseup X Y left|middle|right [flags]"},
+        {{"mouseup", "1", "2", "left", "cmd", "x"}, "mouseup X Y left|middle|right [flags]"},
+        {{"keydown", "0"}, "keydown <cgkeycode> <flags|none>"},
+        {{"keydown", "56", "shift", "x"}, "keydown <cgkeycode> <flags|none>"},
+        {{"keyup", "0", "none", "x"}, "keyup <cgkeycode> <flags|none>"},
+        {{"type-unicode", "41", "42"}, "type-unicode <hex code point>"},
+        {{"set-clipboard"}, "set-clipboard <base64 utf-8 text>"},
+        {{"set-clipboard", "aGk=", "aGk="}, "set-clipboard <base64 utf-8 text>"},
+        {{"scroll", "up"}, "scroll up|down N [flags]"},
+        {{"scroll", "up", "1", "cmd", "x"}, "scroll up|down N [flags]"},
+    };
+    for (const auto& [line, usage] : cases) {
+        fake::FakePlatform platform;
+        platform.windows.windows = {{1, hostPid, {0, 0, 100, 100}, 1.0, 0}};
+        EXPECT_EQ(platform.run(line), 2) << named({line});
+        EXPECT_EQ(platform.streams.err(), "brisko-mac-input: usage: " + usage + "\n") << named({line});
+        EXPECT_EQ(platform.streams.out(), "");
+        EXPECT_TRUE(platform.journal.all().empty()) << named({line});
+        EXPECT_EQ(platform.windows.windowListQueries, 0) << named({line});
+        EXPECT_EQ(processState().heldFlags, 0u) << named({line});
+    }
+}
+
+// The host's panel (window 4321) in front of an editor that fills the screen.
+class HostOnScreen : public ::testing::Test {
+protected:
+    HostOnScreen() {
+        platform.windows.bundles[hostPid] = "com.brisko.desktop";
+        platform.windows.windows = {{4321, hostPid, {0, 0, 500, 500}, 1.0, 0}, {9, 55, {0, 0, 2000, 2000}, 1.0, 0}};
+    }
+    std::string pressRefusal(const std::string& at) const {
+        return "brisko-mac-input: refused a press at " + at + " on window 4321: " + processState().briskoOwnUiRefusal +
+               "\n";
+    }
+
+    fake::FakePlatform platform;
+};
+
+TEST_F(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
+    const std::string key = "brisko-mac-input: refused a key press while Brisko is frontmost: " +
+                            processState().briskoOwnUiRefusal + "\n";
+    const std::string menu = "brisko-mac-input: refused a key press: " + processState().briskoMenuOpenRefusal + "\n";
+    struct Case {
+        Line line;
+        std::string err;  // empty: it passes
+        std::int64_t panelLayer = 0;
+    };
+    const std::vector<Case> cases = {
+        {{"click", "10.9", "20.2", "Left"}, pressRefusal("(10,20)")},  // before the button name is read
+        {{"doubleclick", "499.5", "0"}, pressRefusal("(499,0)")},
+        {{"drag", "1", "1", "900", "900"}, pressRefusal("(1,1)")},
+        {{"drag", "10", "20", "x", "4"}, pressRefusal("(10,20)")},  // its start is checked before its end is read
+        {{"mousedown", "30", "40", "left"}, pressRefusal("(30,40)")},
+        {{"type", ""}, key},
+        {{"key", "hyper+a"}, key},  // before the combo is read
+        {{"keydown", "0", "Cmd"}, key},  // before the flags are read
+        {{"type-unicode", "41"}, key},
+        {{"key", "a"}, menu, 101},
+        {{"keydown", "36", "none"}, menu, 101},
+        // Arguments read before the check still fail on their own.
+        {{"keydown", "x", "none"}, "brisko-mac-input: expected a CGKeyCode integer, got 'x'\n"},
+        {{"type-unicode", "D800"}, "brisko-mac-input: expected a hex Unicode code point, got 'D800'\n"},
+        {{"move", "10", "20"}, ""},
+        {{"drag", "900", "900", "10", "10"}, ""},  // ends on the panel
+        {{"mouseup", "10", "20", "left"}, ""},
+        {{"scroll", "up", "1"}, ""},
+        {{"keydown", "56", "shift"}, ""},
+        {{"keyup", "0", "none"}, ""},
+    };
+    for (const Case& c : cases) {
+        fake::FakePlatform fresh;
+        fresh.windows.bundles = platform.windows.bundles;
+        fresh.windows.windows = platform.windows.windows;
+        fresh.windows.windows[0].layer = c.panelLayer;
+        EXPECT_EQ(fresh.run(c.line), c.err.empty() ? 0 : 2) << named({c.line});
+        EXPECT_EQ(fresh.streams.err(), c.err) << named({c.line});
+        EXPECT_EQ(fresh.journal.all().empty(), !c.err.empty()) << named({c.line});
+    }
+}
+
+TEST_F(HostOnScreen, ARefusedPressSwallowsOneReleaseOfItsButtonAsWritten) {
+    EXPECT_EQ(platform.run({"mousedown", "400", "220", "left", "shift"}), 2);
+    EXPECT_EQ(platform.streams.err(), pressRefusal("(400,220)"));
+    EXPECT_EQ(platform.run({"mousedown", "1", "1", "Left"}), 2);  // recorded as written
+    EXPECT_EQ(platform.run({"mousedown", "2", "2", "right"}), 2);
+    EXPECT_EQ(platform.run({"mousedown", "900", "900", "right"}), 0);  // an allowed press forgets it
+    EXPECT_EQ(processState().refusedButtons, (std::set<std::string>{"Left", "left"}));
+    for (const Line& line : std::vector<Line>{{"mousemove", "300", "300", "left"},  // nothing is dragged
+                                              {"mouseup", "300", "300", "left"},      // swallowed
+                                              {"mouseup", "300", "300", "left"},
+                                              {"mouseup", "1", "1", "Left", "ctrl"},  // swallowed, flags adopted
+                                              {"mouseup", "900", "900", "right"}}) {
+        EXPECT_EQ(platform.run(line), 0) << named({line});
+    }
+    EXPECT_EQ(eventText(platform.journal), (Texts{"rightdown 900,900 #1 shift", "move 300,300 shift",
+                                                  "leftup 300,300 #1 shift", "rightup 900,900 #1 ctrl"}));
+}
+
+TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePostedAndHeld) {
+    struct Case {
+        Line line;
+        std::size_t failFrom;
+        EventFlags heldAfter;  // held before: alt
+    };
+    const std::vector<Case> cases = {
+        {{"click", "1", "2"}, 1, flag::alternate},
+        {{"click", "1", "2"}, 2, flag::alternate},
+        {{"doubleclick", "1", "2"}, 3, flag::alternate},
+        {{"drag", "0", "0", "9", "9"}, 2, flag::alternate},
+        {{"type", "abc"}, 3, flag::alternate},
+        {{"type-unicode", "41"}, 1, flag::alternate},
+        {{"keydown", "56", "shift"}, 0, flag::shift},
+        {{"keyup", "55", "none"}, 0, 0},
+        {{"keyup", "4", "cmd"}, 0, flag::alternate},
+        {{"mousemove", "1", "2", "left", "cmd"}, 0, flag::command},
+        {{"scroll", "up", "3", "shift"}, 0, flag::shift},
+        // cmd+shift+4: 0 cmd down, 1 shift down, 2 key down, 3 key up, 4 shift up, 5 cmd up.
+        {{"key", "cmd+shift+4"}, 0, flag::command},
+        {{"key", "cmd+shift+4"}, 1, flag::command | flag::shift},
+        {{"key", "cmd+shift+4"}, 4, flag::command},
+        {{"key", "cmd+shift+4"}, 5, 0},
+    };
+    for (const Case& c : cases) {
+        fake::FakePlatform platform;
+        processState().heldFlags = flag::alternate;
+        platform.events.failFrom = c.failFrom;
+        EXPECT_EQ(platform.run(c.line), 2) << named({c.line});
+        EXPECT_EQ(platform.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
+        // Nothing is released: a press posted before the failure stays down.
+        EXPECT_EQ(platform.journal.events().size(), c.failFrom) << named({c.line});
+        EXPECT_EQ(processState().heldFlags, c.heldAfter) << named({c.line}) << c.failFrom;
+    }
+}
+
+TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
+    fake::FakePlatform platform;
+    const std::vector<std::pair<std::string, std::optional<KeyCode>>> keys = {
+        {"return", 36}, {"RETURN", 36}, {"F5", 96}, {"f12", 111}, {"backspace", 51}, {"delete", 117}, {"Cmd", 55},
+        {"SPACE", 49}, {"capslock", 57}, {"A", 0}, {"+", 24}, {"=", 24}, {"'", 39}, {"\\", 42}, {"`", 50}, {"/", 44},
+        {" ", std::nullopt}, {"!", std::nullopt}, {"ab", std::nullopt}, {"", std::nullopt},
+        {"\xC3\xA9", std::nullopt},      // é is not on the table
+        {"a\xCC\x81", std::nullopt},     // a + combining acute is one character, not "a"
+        {"\xC4\xB0", std::nullopt},      // İ lower-cases to i + dot above, not to i
+        {"\xEF\xBC\xA1", std::nullopt},  // fullwidth A lower-cases to fullwidth a
+    };
+    for (const auto& [name, code] : keys) EXPECT_EQ(keyCodeFor(name), code) << "'" << name << "'";
+    const std::vector<std::pair<std::string, Texts>> chords = {
+        {"", {""}}, {"+", {"+"}}, {"++", {"+"}}, {"cmd+", {"cmd", "+"}}, {"cmd+shift++", {"cmd", "shift", "+"}},
+        {"cmd+++", {"cmd", "", "+"}}, {"+a", {"", "a"}}, {"cmd++c", {"cmd", "", "c"}}, {"Cmd + C", {"Cmd ", " C"}},
+    };
+    for (const auto& [combo, parts] : chords) EXPECT_EQ(splitChord(combo), parts) << "'" << combo << "'";
+    const std::vector<std::pair<std::string, EventFlags>> flags = {
+        {"none", 0}, {"", 0}, {",,", 0}, {"cmd,,shift", 0x120000}, {"shift,shift", 0x20000}, {"fn,ctrl,alt", 0x8C0000}};
+    for (const auto& [text, value] : flags) EXPECT_EQ(parseFlags(text), value) << text;
+    for (const std::string text : {"None", "capslock"}) EXPECT_THROW(parseFlags(text), InputCommandError) << text;
+    const std::vector<std::pair<std::string, KeyCode>> codes = {{"0", 0}, {"65535", 65535}, {"-0", 0}, {"007", 7}};
+    for (const auto& [text, code] : codes) EXPECT_EQ(parseKeyCode(text), code) << text;
+    for (const std::string text : {"", "+", " 5", "5 ", "1e2", "99999999999999999999"}) {
+        EXPECT_THROW(parseKeyCode(text), InputCommandError) << "'" << text << "'";
+    }
+}
+
+TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeys) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "[]"},
+        {"hi\n", R"(["h","i",{"key":"return"}])"},
+        {"a\n\rb", R"(["a",{"key":"return"},{"key":"return"},"b"])"},
+        {"\r\r\n/", R"([{"key":"return"},{"key":"return"},"\/"])"},
+        {"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7x\x01", "[\"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7\",\"x\",\"\\u0001\"]"},
+        {"\xE6\x97\xA5\xE6\x9C\xAC  ", "[\"\xE6\x97\xA5\",\"\xE6\x9C\xAC\",\" \",\" \"]"},
+    };
+    for (const auto& [text, plan] : cases) {
+        fake::FakePlatform fresh;
+        EXPECT_EQ(fresh.run({"plan-type", text}), 0);
+        EXPECT_EQ(fresh.streams.out(), plan + "\n") << text;
+    }
+    fake::FakePlatform platform;
+    EXPECT_EQ(platform.run({"parse-chord", "ctrl+\"+\\/"}), 0);
+    EXPECT_EQ(platform.streams.out(), "[\"ctrl\",\"\\\"\",\"\\\\\\/\"]\n");
+}
+
+TEST(CommandArguments, NumbersAreReadWholeAndInRange) {
+    const std::vector<std::tuple<std::string, std::string, double, double>> points = {
+        {"10", "20", 10, 20}, {"-3.5", "+0.25", -3.5, 0.25}, {"0x1p3", ".5", 8, 0.5}, {"1E-3", "7.", 0.001, 7}};
+    for (const auto& [x, y, px, py] : points) {
+        EXPECT_EQ(parsePoint(x, y).x, px) << x;
+        EXPECT_EQ(parsePoint(x, y).y, py) << y;
+    }
+    EXPECT_TRUE(std::isnan(parsePoint("nan", "inf").x));
+    for (const auto& [x, y] : std::vector<std::pair<std::string, std::string>>{
+             {" 10", "20"}, {"\t1", "2"}, {"10 ", "20"}, {"", "1"}, {"1e999", "0"}, {"0", "-1e999"}, {"1,5", "2"},
+             {"0x", "1"}, {"1e-400", "1"}}) {
+        EXPECT_THROW(parsePoint(x, y), InputCommandError) << "'" << x << "' '" << y << "'";
+    }
+    const std::vector<std::tuple<std::string, int, std::optional<long long>>> integers = {
+        {"+12", 10, 12}, {"-12", 10, -12}, {"9223372036854775807", 10, 9223372036854775807LL},
+        {"-9223372036854775808", 10, std::numeric_limits<long long>::min()}, {"9223372036854775808", 10, std::nullopt},
+        {"-9223372036854775809", 10, std::nullopt},
+        {"-", 10, std::nullopt}, {"a", 10, std::nullopt}, {"1F600", 16, 0x1F600}, {"ff", 16, 255},
+        {"g", 16, std::nullopt}};
+    for (const auto& [text, radix, value] : integers) EXPECT_EQ(parseInteger(text, radix), value) << text;
+}
+
+}  // namespace
+}  // namespace brisko
