@@ -35,14 +35,6 @@ std::vector<InputEvent> Journal::events() const {
     return out;
 }
 
-std::vector<Pause> Journal::pauses() const {
-    std::vector<Pause> out;
-    for (const Happening& h : all()) {
-        if (const auto* p = std::get_if<Pause>(&h)) out.push_back(*p);
-    }
-    return out;
-}
-
 void Journal::clear() {
     std::lock_guard guard(lock_);
     entries_.clear();
@@ -139,6 +131,7 @@ void FakeSessionLoop::idle(int n) {
 
 bool FakeStreams::writeOut(std::string_view bytes) {
     if (failWrites) return false;
+    if (beforeWrite) beforeWrite();
     std::lock_guard guard(lock_);
     out_.append(bytes);
     written_.notify_all();

@@ -32,7 +32,6 @@ public:
     void add(Happening h);
     std::vector<Happening> all() const;
     std::vector<InputEvent> events() const;
-    std::vector<Pause> pauses() const;
     void clear();
     // For tests in which another thread posts: waits until that many events were posted; false
     // after 10 s.
@@ -205,17 +204,6 @@ struct ProcessExit {
     int status;
 };
 
-// The status with which a call ends the process, or absent when it returns.
-template <typename Call>
-std::optional<int> exitStatusOf(Call call) {
-    try {
-        call();
-    } catch (const ProcessExit& exit) {
-        return exit.status;
-    }
-    return std::nullopt;
-}
-
 class FakeStreams final : public platform::ProcessStreams {
 public:
     bool writeOut(std::string_view bytes) override;
@@ -234,6 +222,8 @@ public:
     std::ostringstream buffered;
     std::istringstream input;
     bool failWrites = false;
+    // Called by every write to standard output before it is taken, on the writing thread.
+    std::function<void()> beforeWrite;
 
 private:
     mutable std::mutex lock_;
