@@ -21,6 +21,7 @@ ProcessState::ProcessState(platform::Services& platformServices)
       source(platformServices.events),
       postPacingMicroseconds(10000),
       heldFlags(0),
+      modifierKeysDown(0),
       maxPlayLines(120000),
       maxPlayDurationMs(600000),
       modifierNameByKeyCode(makeModifierNameByKeyCode()),

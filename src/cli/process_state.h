@@ -29,6 +29,9 @@ struct ProcessState {
     platform::EventPoster& source;
     std::uint32_t postPacingMicroseconds;
     EventFlags heldFlags;
+    // The flags of the last modifier key event (flags-changed): what the process holds down, as
+    // opposed to the flags that commands stamp on their events.
+    EventFlags modifierKeysDown;
     const std::int64_t maxPlayLines;
     const std::int64_t maxPlayDurationMs;
     const std::map<std::string, std::string> modifierNameByKeyCode;
