@@ -12,6 +12,7 @@ std::unique_ptr<ProcessState>& instance() {
 
 ProcessState::ProcessState(platform::Services& platformServices)
     : services(platformServices),
+      mainThread(std::this_thread::get_id()),
       namedKeys(makeNamedKeys()),
       charKeys(makeCharKeys()),
       modifierFlags(makeModifierFlags()),

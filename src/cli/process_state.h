@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cli/key_tables.h"
@@ -19,6 +20,8 @@ struct ProcessState {
     explicit ProcessState(platform::Services& platformServices);
 
     platform::Services& services;
+    // The thread that created the state: the process's main thread.
+    const std::thread::id mainThread;
 
     const std::map<std::string, KeyCode> namedKeys;
     const std::map<std::string, KeyCode> charKeys;

@@ -167,6 +167,20 @@ TEST_F(ProgramInput, FlagsHoldModifiersForTheirEventOnlyAndOnlyExplicitPressesSt
     }
 }
 
+TEST_F(ProgramInput, AKeyCodeWithNoKeysymPostsNothingAndEndsTheProcessLikeAnyEventThatCannotBeMade) {
+    const std::vector<std::tuple<std::vector<std::string>, std::string, Lines>> cases = {
+        {{"keydown", "10", "shift"}, "", {}},
+        {{"input-stream"}, "mousemove 350 350\nkeyup 93 cmd\nmousemove 360 350\n", {"motion app 350 350 none"}},
+    };
+    for (const auto& [args, input, events] : cases) {
+        const ProgramResult r = runBrisko(args, input);
+        EXPECT_EQ(r.status, 2) << args[0];
+        EXPECT_EQ(r.err, "brisko-mac-input: failed to create CGEvent\n") << args[0];
+        EXPECT_EQ(app.events(), events) << args[0];
+        expectNothingHeld();
+    }
+}
+
 TEST_F(ProgramInput, AKeyHeldByAnEarlierProcessDoesNotTurnAClickIntoAShiftClick) {
     received({"keydown", "56", "shift"});
     EXPECT_EQ(app.held().state, "shift");

@@ -223,7 +223,10 @@ public:
     std::ostream& bufferedOut() override { return buffered; }
     std::istream& in() override { return input; }
     [[noreturn]] void exit(int status) override { throw ProcessExit{status}; }
-    [[noreturn]] void exitImmediately(int status) override { throw ProcessExit{status}; }
+    [[noreturn]] void exitImmediately(int status) override {
+        ++immediateExits;
+        throw ProcessExit{status};
+    }
 
     std::string out() const;
     std::string err() const;
@@ -234,6 +237,7 @@ public:
     std::ostringstream buffered;
     std::istringstream input;
     bool failWrites = false;
+    std::atomic<int> immediateExits{0};
 
 private:
     mutable std::mutex lock_;
