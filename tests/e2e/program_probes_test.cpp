@@ -47,6 +47,21 @@ TEST(ProgramProbes, ReportTheDisplayAndTheModifiersAndScreenSaverOnIt) {
     expectOutput({"session"}, unlocked);
 }
 
+TEST(ProgramProbes, HeldModifiersAreReadThroughTheServersModifierMap) {
+    const XvfbDisplay server(640, 480);
+    const Environment on = {{"DISPLAY", server.name()}};
+    // Alt and Super swap their usual modifier bits.
+    ASSERT_EQ(runProgram("xmodmap", {"-e", "clear mod1", "-e", "clear mod4", "-e", "add mod3 = Super_L Super_R", "-e",
+                                     "add mod4 = Alt_L Alt_R"}, "", on).status, 0);
+    const std::tuple<std::string, std::string, std::string> held[] = {{"55", "cmd", "0x00100000"},
+                                                                       {"58", "alt", "0x00080000"}};
+    for (const auto& [key, name, flags] : held) {
+        ASSERT_EQ(runBrisko({"keydown", key, name}, "", on).status, 0);
+        expectOutput({"check-flags"}, "hid=" + flags + " modifiers=" + flags + " baseline=0\n", on);
+        ASSERT_EQ(runBrisko({"keyup", key, "none"}, "", on).status, 0);
+    }
+}
+
 TEST(ProgramProbes, WithoutXtestInputIsNotPermittedAndNothingIsPosted) {
     const XvfbDisplay server(1440, 900, {"-extension", "XTEST"});
     expectOutput({"check"}, "screen=1 input=0\n", {{"DISPLAY", server.name()}});
