@@ -90,9 +90,6 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
         {{"clipboard-access"}, 0, "{\"access\":\"allow\"}\n", ""},
         {{"own-ui"}, 2, "", "brisko-mac-input: own-ui: " + listFailure + "\n"},
         {{"screenshot", shot}, 2, "", "brisko-mac-input: screenshot: " + listFailure + ". Is Screen Recording granted?\n"},
-        {{"capture-stream"}, 2, std::string("BCS2\x02\x00\x00\x00", 8),
-         "brisko-mac-input: " + listFailure +
-             ". Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?\n"},
     };
     std::filesystem::remove(shot);
     for (const Case& c : cases) {
@@ -102,6 +99,16 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
         EXPECT_EQ(r.err, c.err) << c.args[0];
     }
     EXPECT_FALSE(std::filesystem::exists(shot));
+    // capture-stream fails with its input open; once the host has closed it, the session is over.
+    const std::string preamble("BCS2\x02\x00\x00\x00", 8);
+    const ProgramResult open = Process(programPath(), {"capture-stream"}, nowhere).finish();
+    EXPECT_EQ(open.status, 2);
+    EXPECT_EQ(open.out, preamble);
+    EXPECT_EQ(open.err, "brisko-mac-input: " + listFailure +
+                            ". Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?\n");
+    const ProgramResult ended = Process(programPath(), {"capture-stream"}, nowhere, Streams::outputOnly).finish();
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.out, preamble);
 }
 
 }  // namespace
