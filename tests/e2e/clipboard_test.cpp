@@ -57,6 +57,15 @@ std::vector<pid_t> servingProcesses() {
     return found;
 }
 
+// The first argument the process was started with.
+std::string firstArgument(pid_t pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline");
+    std::string program, argument;
+    std::getline(file, program, '\0');
+    std::getline(file, argument, '\0');
+    return argument;
+}
+
 // The exit status of an adopted process once it has ended; absent when it still runs after 5 s.
 std::optional<int> awaitExit(pid_t pid) {
     const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
@@ -154,6 +163,9 @@ TEST_F(Clipboard, LargeTextIsServedIncrementallyAndOutlivesTheInputStreamThatSet
     const ProgramResult r = runBrisko({"input-stream"}, "set-clipboard " + base64(text) + "\n");
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, "");
+    const auto servers = servingProcesses();
+    ASSERT_EQ(servers.size(), 1u);
+    EXPECT_NE(firstArgument(servers[0]), "input-stream") << "a copy of the stream's process, forked from its threads";
     EXPECT_EQ(peer.ask("ask-clipboard UTF8_STRING", "answer"), "answer INCR");
     EXPECT_TRUE(xclipGet("UTF8_STRING") == text) << "xclip read the text differently";
     EXPECT_TRUE(get({"public.utf8-plain-text"}).rest == found(plainTextTypes, "public.utf8-plain-text", text));

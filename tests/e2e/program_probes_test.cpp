@@ -88,6 +88,8 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
         {{"get-clipboard", "public.utf8-plain-text"}, 0, "{\"changeCount\":0,\"types\":[],\"items\":[]}\n", ""},
         {{"set-clipboard", "aGk="}, 0, "", ""},
         {{"clipboard-access"}, 0, "{\"access\":\"allow\"}\n", ""},
+        // The clipboard owner's own mode takes its contents from a socket only.
+        {{"serve-clipboard-handed-over"}, 2, "", "brisko-mac-input: unknown command 'serve-clipboard-handed-over'\n"},
         {{"own-ui"}, 2, "", "brisko-mac-input: own-ui: " + listFailure + "\n"},
         {{"screenshot", shot}, 2, "", "brisko-mac-input: screenshot: " + listFailure + ". Is Screen Recording granted?\n"},
     };

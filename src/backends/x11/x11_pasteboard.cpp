@@ -5,7 +5,7 @@
 
 #include "backends/x11/clipboard_change_count.h"
 #include "backends/x11/clipboard_targets.h"
-#include "backends/x11/detached_selection_owner.h"
+#include "backends/x11/clipboard_owner_process.h"
 #include "backends/x11/selection_request.h"
 
 namespace brisko::platform::x11 {
@@ -147,9 +147,7 @@ void X11Pasteboard::setData(const std::string& type, const Bytes& data) {
     for (const auto& [t, d] : written_) {
         for (SelectionOffer& offer : offersFor(t, d)) offers.push_back(std::move(offer));
     }
-    serveFromDetachedProcess(displayName_, clipboardSelection, offers, [](SelectionConnection& owner, xcb_timestamp_t since) {
-        clipboardChangeCount(owner, ClipboardOwner{owner.window(), since});
-    });
+    serveClipboardFromOwnerProcess(displayName_, offers);
 }
 
 void X11Pasteboard::setPlainText(const std::string& utf8) { setData(std::string(plainTextType), Bytes(utf8.begin(), utf8.end())); }

@@ -13,7 +13,7 @@ namespace brisko::platform::x11 {
 
 // The general clipboard on X: the CLIPBOARD selection, seen as one item whose types are the
 // owner's targets. What this process puts on it is served by a detached process of its own
-// (see detached_selection_owner.h), so that it stays after this process exits; that holds in
+// (see clipboard_owner_process.h), so that it stays after this process exits; that holds in
 // the long-running modes too, where contents set by the agent should outlive the session.
 class X11Pasteboard final : public Pasteboard {
 public:
