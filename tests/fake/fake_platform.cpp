@@ -1,6 +1,8 @@
 #include "fake/fake_platform.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "entry/dispatch.h"
 #include "cli/process_state.h"
@@ -115,14 +117,31 @@ void FakeClock::advanceMs(double ms) {
 }
 
 platform::SessionLoop::Wake FakeSessionLoop::wait(double timeoutMs) {
-    timeouts.push_back(timeoutMs);
-    if (posted_.exchange(false)) return Wake::posted;
+    if (std::isinf(timeoutMs)) {
+        std::unique_lock guard(lock_);
+        if (!postedChanged_.wait_for(guard, std::chrono::seconds(10), [this] { return posted_; })) return Wake::inputEnded;
+    } else if (timeoutMs > 0) {
+        timeouts.push_back(timeoutMs);
+    }
+    if (takePost()) return Wake::posted;
     if (steps.empty()) return Wake::inputEnded;
+    if (timeoutMs <= 0) return Wake::timedOut;
     const Step step = std::move(steps.front());
     steps.pop_front();
     const Wake wake = step();
     if (wake == Wake::timedOut && timeoutMs > 0) clock_.advanceMs(timeoutMs);
     return wake;
+}
+
+void FakeSessionLoop::post() {
+    const std::lock_guard guard(lock_);
+    posted_ = true;
+    postedChanged_.notify_all();
+}
+
+bool FakeSessionLoop::takePost() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(posted_, false);
 }
 
 void FakeSessionLoop::idle(int n) {

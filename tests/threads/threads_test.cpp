@@ -86,6 +86,7 @@ TEST_F(InputStreamThreads, APlatformFailureOnThePlayerEndsTheStreamWithStatusTwo
     EXPECT_EQ(finish(), 2);
     EXPECT_EQ(platform.streams.out(), banner);
     EXPECT_EQ(platform.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
+    EXPECT_EQ(platform.streams.immediateExits, 1) << "no static destructors while the reader runs";
     EXPECT_EQ(eventText(platform.journal), Texts{"keydown 4"});
 }
 

@@ -75,6 +75,7 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         {R"({"kind":"front","x":1e20,"windows":[]})", "front=other"},
         {R"({"kind":"hit","x":1e300,"y":-1e300,"windows":[{"pid":5,"w":1e308,"h":1}]})", "refuse=-"},
         {R"({"kind":"hit","x":"1e400","y":0})", "refuse=-"},
+        {R"({"kind":"owner","ignored":[1e999,{"x":[2e999]}],"x":-1e999,"exec":"brisko-mac-menubar"})", "brisko=1"},
     };
     for (const auto& [line, answer] : cases) EXPECT_EQ(outcome(line), answer) << line;
 }
@@ -91,7 +92,7 @@ TEST(OwnUiCheck, NumbersOutsideTheirTypeFailInsteadOfWrapping) {
         R"({"kind":"exclude","apps":[{"pid":1e10,"bundle":"org.x"}]})",
         R"({"kind":"hit","x":1e400,"y":0})",
         R"({"kind":"hit","windows":[{"w":1)" + std::string(400, '0') + "}]}",
-        R"({"kind":"owner","ignored":[1e999,2e999]})",
+        R"({"kind":"front","windows":[{"w":1,"h":1},{"pid":[1],"layer":-1e999}]})",
     };
     for (const std::string& line : lines) EXPECT_EQ(outcome(line), "!own-ui-check: number out of range in " + line);
 }

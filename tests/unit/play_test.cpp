@@ -87,6 +87,8 @@ TEST(PlayCheck, AnAcceptedBlockIsPlannedWithItsWaitsAndWhatItWouldLeavePressed) 
               {{"mouseup", "1", "2", "left"}})},
         // Readings in any strtod form; fractions stay fractions; too large still counts.
         {"play b 10 0\nclock 0x10 2.5e1\n", with(block(10, json::array()), "waits", {1})},
+        {"play b 10 0\nclock 1\nran 5\nclock 1 2\nran 0\n",  // a bad option that a later one replaces
+         with(with(block(10, json::array()), "waits", {9}), "lift", json::array())},
         {"play b 10 0\nclock 0.5 8\n", with(block(10, json::array()), "waits", {2.5})},
         {"play b 10 0\nclock 1 1e999\n", with(block(10, json::array()), "waits", {0})},
         {"play b 10 0\r\nran +0\r\n", with(block(10, json::array()), "lift", json::array())},
