@@ -3,16 +3,11 @@
 // adopted by the test, so that it can see them end.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
-#include <memory>
-#include <poll.h>
 #include <random>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
-
-#include <filesystem>
 
 #include "clipboard/base64.h"
 #include "support/window_client_process.h"
@@ -57,26 +52,6 @@ std::vector<pid_t> servingProcesses() {
     return found;
 }
 
-// The first argument the process was started with.
-std::string firstArgument(pid_t pid) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline");
-    std::string program, argument;
-    std::getline(file, program, '\0');
-    std::getline(file, argument, '\0');
-    return argument;
-}
-
-// The exit status of an adopted process once it has ended; absent when it still runs after 5 s.
-std::optional<int> awaitExit(pid_t pid) {
-    const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
-    pollfd ended{process, POLLIN, 0};
-    const bool done = process >= 0 && ::poll(&ended, 1, 5000) == 1;
-    if (process >= 0) ::close(process);
-    int status = 0;
-    if (!done || ::waitpid(pid, &status, 0) != pid) return std::nullopt;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 // A get-clipboard line split into its change count and the rest of the line after it.
 struct ClipboardLine {
     std::int64_t changeCount = -1;
@@ -110,6 +85,13 @@ protected:
         if (!r.out.starts_with(head) || comma == std::string::npos || !r.out.ends_with("\n")) return {-1, r.out};
         return {std::stoll(r.out.substr(head.size(), comma - head.size())), r.out.substr(comma + 1, r.out.size() - comma - 2)};
     }
+    // The change count once something changed: larger than the last one, and the same when read again.
+    void expectChangeCounted(const std::string& what) {
+        const std::int64_t now = get({"public.utf8-plain-text"}).changeCount;
+        EXPECT_GT(now, lastCount) << what;
+        EXPECT_EQ(get({"public.html"}).changeCount, now) << what << ", read again";
+        lastCount = now;
+    }
     void run(const std::vector<std::string>& args, const Environment& env = {}) {
         const ProgramResult r = runBrisko(args, "", env);
         EXPECT_EQ(r.status, 0) << args[0] << ": " << r.err;
@@ -132,30 +114,39 @@ protected:
 
     const XvfbDisplay& display = testDisplay();
     WindowClientProcess peer;
+    std::int64_t lastCount = 0;
 };
 
-TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTarget) {
+TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTargetUntilReplacedOrCleared) {
     struct Case {
         std::string text, latin1;  // what a STRING request gets
     };
     const std::vector<Case> cases = {
         {"hi", "hi"},
+        {"hi", "hi"},  // the same text set again is a change too
         {"gr\xC3\xBC\xC3\x9F" "e \xE6\x97\xA5\xE6\x9C\xAC \xF0\x9F\x8E\x89\n\t!", "gr\xFC\xDF" "e ?? ?\n\t!"},
         {"", ""},
     };
     for (const Case& c : cases) {
         const auto previous = servingProcesses();
+        const auto start = std::chrono::steady_clock::now();
         run({"set-clipboard", base64(c.text)});
+        // The command's output streams closed when it exited, although the text is still served.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
         for (const pid_t pid : previous) EXPECT_EQ(awaitExit(pid), 0) << "the one before ends when replaced";
+        EXPECT_EQ(servingProcesses().size(), 1u);
         for (const std::string target : {"UTF8_STRING", "text/plain;charset=utf-8", "TEXT"}) {
             EXPECT_EQ(xclipGet(target), c.text) << target;
         }
         EXPECT_EQ(xclipGet("STRING"), c.latin1);
         EXPECT_EQ(get({"public.utf8-plain-text"}).rest, found(plainTextTypes, "public.utf8-plain-text", c.text));
+        expectChangeCounted("set-clipboard " + c.text);
     }
-    const std::string longest = repeated("caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 line\n", 90'000);  // one argument
-    run({"set-clipboard", base64(longest)});
-    EXPECT_TRUE(xclipGet("UTF8_STRING") == longest);
+    const auto servers = servingProcesses();
+    run({"clear-clipboard"});
+    EXPECT_EQ(awaitExit(servers.at(0)), 0);
+    EXPECT_EQ(get({"public.utf8-plain-text"}).rest, R"("types":["org.nspasteboard.TransientType"],"items":[]})");
+    expectChangeCounted("clear-clipboard");
 }
 
 TEST_F(Clipboard, LargeTextIsServedIncrementallyAndOutlivesTheInputStreamThatSetIt) {
@@ -165,13 +156,18 @@ TEST_F(Clipboard, LargeTextIsServedIncrementallyAndOutlivesTheInputStreamThatSet
     EXPECT_EQ(r.err, "");
     const auto servers = servingProcesses();
     ASSERT_EQ(servers.size(), 1u);
-    EXPECT_NE(firstArgument(servers[0]), "input-stream") << "a copy of the stream's process, forked from its threads";
+    std::string arguments;
+    std::getline(std::ifstream("/proc/" + std::to_string(servers[0]) + "/cmdline"), arguments);
+    EXPECT_EQ(arguments.find("input-stream"), std::string::npos)
+        << "a copy of the stream's process, forked from its threads";
     EXPECT_EQ(peer.ask("ask-clipboard UTF8_STRING", "answer"), "answer INCR");
     EXPECT_TRUE(xclipGet("UTF8_STRING") == text) << "xclip read the text differently";
     EXPECT_TRUE(get({"public.utf8-plain-text"}).rest == found(plainTextTypes, "public.utf8-plain-text", text));
 }
 
-TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypes) {
+TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypesAndEachNewOwnerIsAChange) {
+    lastCount = get({"public.utf8-plain-text"}).changeCount;
+    EXPECT_EQ(get({"public.html"}).changeCount, lastCount) << "nothing changed";
     struct Case {
         std::string target, data, type;
     };
@@ -183,14 +179,16 @@ TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypes) {
         {"image/png", randomBytes(5 << 20, 2), "public.png"},  // sent incrementally by xclip
     };
     for (const Case& c : cases) {
-        xclipSet(c.target, c.data);
+        xclipSet(c.target, c.data);  // xclip tells no TIMESTAMP
         EXPECT_TRUE(get({c.type}).rest == found("\"" + c.type + "\"", c.type, c.data)) << c.target;
+        expectChangeCounted("xclip " + c.target);
     }
     // Protocol targets are not types; a type offered under two targets is listed once.
     peer.ask("own-clipboard TIMESTAMP=5 MULTIPLE= SAVE_TARGETS= UTF8_STRING=utf8 STRING=latin "
              "text/plain;charset=utf-8=mime text/html=<i>x</i> image/png=png application/x-foo=foo "
              "x-kde-passwordManagerHint=public",
              "owning");
+    expectChangeCounted("an owner with an old TIMESTAMP");
     const std::string types = R"("STRING","application/x-foo","public.html","public.png",)"
                               R"("public.utf8-plain-text","x-kde-passwordManagerHint")";
     EXPECT_EQ(get({"public.rtf", "public.png", "public.html"}).rest, found(types, "public.png", "png"));
@@ -200,6 +198,8 @@ TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypes) {
     peer.ask("own-clipboard UTF8_STRING=hunter2 x-kde-passwordManagerHint=secret", "owning");
     EXPECT_EQ(get({"public.utf8-plain-text"}).rest,
               R"("concealed":true,"types":["org.nspasteboard.ConcealedType","public.utf8-plain-text"],"items":[]})");
+    peer.ask("disown", "disowned");
+    expectChangeCounted("the owner went away");
     // Owners that never answer, or answer only which targets they offer, cost the read well
     // under a second.
     const std::pair<std::string, std::string> unanswering[] = {
@@ -215,65 +215,20 @@ TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypes) {
     }
 }
 
-TEST_F(Clipboard, TheServingProcessOutlivesTheCommandUntilAnotherClientTakesTheClipboard) {
-    const auto start = std::chrono::steady_clock::now();
-    run({"set-clipboard", base64("kept")});
-    // The command's output streams closed when it exited, although the text is still served.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
-    const auto servers = servingProcesses();
-    ASSERT_EQ(servers.size(), 1u);
-    EXPECT_EQ(xclipGet("UTF8_STRING"), "kept");
-    run({"clear-clipboard"});
-    EXPECT_EQ(awaitExit(servers[0]), 0);
-    EXPECT_EQ(get({"public.utf8-plain-text"}).rest, R"("types":["org.nspasteboard.TransientType"],"items":[]})");
-    const auto marker = servingProcesses();
-    ASSERT_EQ(marker.size(), 1u);
-    xclipSet("UTF8_STRING", "taken");
-    EXPECT_EQ(awaitExit(marker[0]), 0);
-}
-
-TEST_F(Clipboard, ChangeCountGrowsWithEveryChangeAndOnlyThen) {
-    std::int64_t last = get({"public.utf8-plain-text"}).changeCount;
-    ASSERT_GT(last, 0);
-    const auto expectGrown = [&](const std::string& what) {
-        const std::int64_t now = get({"public.utf8-plain-text"}).changeCount;
-        EXPECT_GT(now, last) << what;
-        EXPECT_EQ(get({"public.html"}).changeCount, now) << what << ", read again";
-        last = now;
-    };
-    EXPECT_EQ(get({"public.html"}).changeCount, last) << "nothing changed";
-    run({"set-clipboard", base64("one")});
-    expectGrown("set-clipboard");
-    run({"set-clipboard", base64("one")});
-    expectGrown("the same text set again");
-    xclipSet("UTF8_STRING", "two");
-    expectGrown("xclip, which tells no TIMESTAMP");
-    peer.ask("own-clipboard TIMESTAMP=1 UTF8_STRING=three", "owning");
-    expectGrown("an owner with an old TIMESTAMP");
-    peer.ask("disown", "disowned");
-    expectGrown("the owner went away");
-    run({"clear-clipboard"});
-    expectGrown("clear-clipboard");
-}
-
 TEST_F(Clipboard, TheCountGoesOnAcrossAServerResetAndTheServingProcessEndsWithTheDisplay) {
     auto server = std::make_unique<XvfbDisplay>(640, 480, std::vector<std::string>{"-reset"});
     const Environment on = {{"DISPLAY", server->name()}};
     run({"set-clipboard", base64("before")}, on);
     const std::int64_t before = get({"public.utf8-plain-text"}, on).changeCount;
-    {
-        WindowClientProcess taker(windowClientPath(), server->name());
-        taker.ask("own-clipboard UTF8_STRING=x", "owning");
-    }
+    WindowClientProcess(windowClientPath(), server->name()).ask("own-clipboard UTF8_STRING=x", "owning");
     // The last client has left, so the server resets, which wipes the root window's properties.
     // A client that connects while it does is turned away; one that came before it puts the reset
     // off until it leaves. Once one stays, the server is as the reset left it.
-    std::unique_ptr<WindowClientProcess> keeper;
+    std::optional<WindowClientProcess> keeper;
     for (bool reset = false; !reset;) {
         keeper.reset();
         try {
-            keeper = std::make_unique<WindowClientProcess>(windowClientPath(), server->name());
-            keeper->ask("sync", "synced");
+            keeper.emplace(windowClientPath(), server->name()).ask("sync", "synced");
         } catch (const std::runtime_error&) {
             continue;
         }

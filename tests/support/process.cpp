@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
@@ -38,22 +37,17 @@ void makePipe(int fds[2]) {
     for (int i = 0; i < 2; ++i) ::fcntl(fds[i], F_SETFD, FD_CLOEXEC);
 }
 
-// The program's file: a name without '/' is looked up on PATH, as a shell does.
-std::string executable(const std::string& program) {
-    if (program.find('/') != std::string::npos) return program;
-    const char* path = std::getenv("PATH");
-    const std::string dirs = path ? path : "/usr/bin:/bin";
-    for (std::size_t at = 0; at <= dirs.size();) {
-        const std::size_t end = std::min(dirs.find(':', at), dirs.size());
-        const std::string candidate = dirs.substr(at, end - at) + "/" + program;
-        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
-        at = end + 1;
-    }
-    return program;
+std::vector<char*> pointers(std::vector<std::string>& strings) {
+    std::vector<char*> out;
+    for (std::string& s : strings) out.push_back(s.data());
+    out.push_back(nullptr);
+    return out;
 }
 
-// Waits until the process has ended, at most until the time has passed; true when it has.
-bool awaitEnd(pid_t pid, int timeoutMs) {
+}  // namespace
+
+std::optional<int> awaitExit(pid_t pid, std::chrono::milliseconds timeout) {
+    const int timeoutMs = static_cast<int>(timeout.count());
 #if defined(__linux__)
     // A process descriptor becomes readable when the process ends.
     const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
@@ -63,7 +57,7 @@ bool awaitEnd(pid_t pid, int timeoutMs) {
     while ((ready = ::poll(&fd, 1, timeoutMs)) < 0 && errno == EINTR) {
     }
     ::close(process);
-    return ready > 0;
+    const bool ended = ready > 0;
 #else
     const int queue = ::kqueue();
     struct kevent change;
@@ -72,25 +66,18 @@ bool awaitEnd(pid_t pid, int timeoutMs) {
     struct kevent event;
     const int got = ::kevent(queue, &change, 1, &event, 1, &wait);
     ::close(queue);
-    return got > 0 || (got < 0 && errno == ESRCH);  // ESRCH: it had ended already
+    const bool ended = got > 0 || (got < 0 && errno == ESRCH);  // ESRCH: it had ended already
 #endif
+    int status = 0;
+    if (!ended || ::waitpid(pid, &status, 0) != pid) return std::nullopt;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
-
-std::vector<char*> pointers(std::vector<std::string>& strings) {
-    std::vector<char*> out;
-    for (std::string& s : strings) out.push_back(s.data());
-    out.push_back(nullptr);
-    return out;
-}
-
-int statusOf(int waitStatus) { return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : 128 + WTERMSIG(waitStatus); }
-
-}  // namespace
 
 Process::Process(const std::string& program, const std::vector<std::string>& args, const Environment& env,
                  Streams streams) {
-    // Everything the child needs is made before the fork: after it, only system calls.
-    std::vector<std::string> argvStore{executable(program)};
+    // Everything the child needs is made before the fork: after it, only system calls, and
+    // execvp, which looks the program up on PATH without allocating.
+    std::vector<std::string> argvStore{program};
     argvStore.insert(argvStore.end(), args.begin(), args.end());
     std::vector<std::string> envStore;
     for (char** e = environ; *e; ++e) {
@@ -98,7 +85,7 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
         if (!env.contains(entry.substr(0, entry.find('=')))) envStore.push_back(entry);
     }
     for (const auto& [name, value] : env) envStore.push_back(name + "=" + value);
-    const std::vector<char*> argv = pointers(argvStore), envp = pointers(envStore);
+    std::vector<char*> argv = pointers(argvStore), envp = pointers(envStore);
 
     // Which of standard input, output and error are pipes; the others are /dev/null, or the
     // test's own standard error.
@@ -122,7 +109,8 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
             if (pipedStream[fd]) ::dup2(pipes[fd][fd == 0 ? 0 : 1], fd);
             else if (fd < 2 || streams != Streams::pipedOwnErr) ::dup2(devnull, fd);
         }
-        ::execve(argv[0], argv.data(), envp.data());
+        environ = envp.data();
+        ::execvp(argv[0], argv.data());
         ::_exit(127);
     }
     ::close(devnull);
@@ -206,12 +194,7 @@ bool Process::waitForOutput(std::string_view text, std::chrono::milliseconds tim
 void Process::signal(int number) { ::kill(pid_, number); }
 
 std::optional<int> Process::wait(std::chrono::milliseconds timeout) {
-    if (status_) return status_;
-    if (!awaitEnd(pid_, static_cast<int>(timeout.count()))) return std::nullopt;
-    int status = 0;
-    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-    }
-    status_ = statusOf(status);
+    if (!status_) status_ = awaitExit(pid_, timeout);
     return status_;
 }
 

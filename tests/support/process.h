@@ -75,6 +75,10 @@ private:
     std::optional<int> status_;
 };
 
+// Waits for a child of this process to end and reaps it: its exit status (128 + signal number),
+// or absent when it still runs after the time.
+std::optional<int> awaitExit(pid_t pid, std::chrono::milliseconds timeout = 10s);
+
 // Runs a program to its end with the given standard input.
 ProgramResult runProgram(const std::string& program, const std::vector<std::string>& args,
                          std::string_view stdinText = "", const Environment& env = {});

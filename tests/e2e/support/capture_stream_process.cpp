@@ -74,14 +74,9 @@ void CaptureStreamProcess::applyWholeRecords() {
 std::optional<CaptureStreamProcess::Clock::time_point> CaptureStreamProcess::waitForPicture(
     const std::function<bool(const RgbaPicture&)>& test, std::chrono::milliseconds timeout) {
     std::unique_lock guard(lock_);
-    const auto deadline = Clock::now() + timeout;
-    for (;;) {
-        if (!picture_.rgba.empty() && test(picture_)) return Clock::now();
-        if (!reading_ || changed_.wait_until(guard, deadline) == std::cv_status::timeout) {
-            if (!picture_.rgba.empty() && test(picture_)) return Clock::now();
-            return std::nullopt;
-        }
-    }
+    const auto shown = [&] { return !picture_.rgba.empty() && test(picture_); };
+    changed_.wait_for(guard, timeout, [&] { return !reading_ || shown(); });
+    return shown() ? std::optional(Clock::now()) : std::nullopt;
 }
 
 bool CaptureStreamProcess::waitForRecords(int n, std::chrono::milliseconds timeout) {

@@ -52,16 +52,15 @@ std::vector<std::string> WindowClientProcess::events() {
 }
 
 std::string WindowClientProcess::waitFor(const std::string& prefix, std::chrono::milliseconds timeout) {
-    for (const std::string& line : received_) {
-        if (line.starts_with(prefix)) return line;
-    }
     const auto deadline = std::chrono::steady_clock::now() + timeout;
-    for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        auto line = process_.readLine(std::max(left, std::chrono::milliseconds(0)));
-        if (!line) throw std::runtime_error("the window client received no '" + prefix + "'");
-        received_.push_back(*line);
-        if (line->starts_with(prefix)) return *line;
+    for (std::size_t next = 0;; ++next) {
+        if (next == received_.size()) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+            auto line = process_.readLine(std::max(left, std::chrono::milliseconds(0)));
+            if (!line) throw std::runtime_error("the window client received no '" + prefix + "'");
+            received_.push_back(std::move(*line));
+        }
+        if (received_[next].starts_with(prefix)) return received_[next];
     }
 }
 
