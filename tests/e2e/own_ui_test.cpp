@@ -22,7 +22,7 @@ std::string refusedPress(int x, int y, std::uint32_t window) {
 
 // Windows of the host's menu-bar process and of a client that advertises the host's application
 // id, among other applications' windows and overlays, stacked front to back as bar, note, popup,
-// overlay, through, left, ghost, panel, editor, desk.
+// overlay, through, left, ghost, panel, editor, desk; the panel holds the keyboard.
 class HostScene : public ::testing::Test {
 protected:
     HostScene() {
@@ -33,9 +33,10 @@ protected:
         left = host.map("left", "-100 700 300 100");              // partly left of the screen
         through = host.map("through", "300 450 100 50 noinput"); // click-through
         apps.map("overlay", "1200 300 200 100 type=dock");            // half over the panel
-        apps.map("popup", "1100 400 100 100 type=popup_menu override"); // an open menu
-        apps.map("note", "150 150 100 50 type=notification");           // over the editor
+        apps.map("popup", "1100 400 100 100 override");        // an open menu, as toolkits make them
+        apps.map("note", "150 150 100 50 type=notification");  // over the editor
         bar = menubar.map("bar", "1200 0 240 24 type=dock");
+        host.ask("focus panel", "focused");
     }
 
     std::string windowJson(std::uint32_t id, pid_t pid, int layer, int x, int y, int w, int h) const {
@@ -54,15 +55,9 @@ protected:
                windowJson(panel, host.pid(), 0, 900, 40, 360, 500) + "],\"briskoFrontmost\":" + keyboard;
     }
 
-    // Clicks the editor and checks that this click is the first thing any client received since
-    // the last check: whatever ran before it posted nothing.
-    void expectNothingArrivedBefore() {
-        ASSERT_EQ(runBrisko({"click", "300", "300"}).status, 0);
-        std::vector<std::string> seen = apps.events();
-        std::erase(seen, "motion editor 300 300 none");
-        EXPECT_EQ(seen, (std::vector<std::string>{"press editor 1 300 300 none", "release editor 1 300 300 button1"}));
-        EXPECT_EQ(host.events(), std::vector<std::string>{});
-        EXPECT_EQ(menubar.events(), std::vector<std::string>{});
+    // No client received anything since the last look: whatever ran meanwhile posted nothing.
+    void expectNothingArrived() {
+        for (WindowClientProcess* client : {&apps, &host, &menubar}) EXPECT_EQ(client->events(), std::vector<std::string>{});
     }
 
     const XvfbDisplay& display = testDisplay();
@@ -110,19 +105,33 @@ TEST_F(HostScene, PressesAimedAtTheHostAreRefusedAndNothingArrivesAnywhere) {
         const ProgramResult r = runBrisko(args, input);
         EXPECT_EQ(r.status, input.empty() ? 2 : 0) << args[0];
         EXPECT_EQ(r.err, "brisko-mac-input: " + message + "\n") << args[0];
-        expectNothingArrivedBefore();
+        expectNothingArrived();
     }
+    // What is not refused arrives, and is seen arriving.
+    ASSERT_EQ(runBrisko({"click", "300", "300"}).status, 0);
+    EXPECT_EQ(linesOf(apps.events(), "press"), std::vector<std::string>{"press editor 1 300 300 none"});
 }
 
 TEST_F(HostScene, AnOpenHostMenuHoldsTheKeyboard) {
-    const auto menu = host.map("menu", "400 200 150 200 type=popup_menu override");
+    const auto menu = host.map("menu", "400 200 150 200 override");
     EXPECT_EQ(runBrisko({"own-ui"}).out,
               report(windowJson(menu, host.pid(), 101, 400, 200, 150, 200) + ",", "false,\"keyboard\":\"menu\"") + "}\n");
     const ProgramResult r = runBrisko({"key", "a"});
     EXPECT_EQ(r.err,
               "brisko-mac-input: refused a key press: a person has Brisko's menu open; wait and check the screen "
               "again. Your keys would go to the menu, not to the app you are typing in.\n");
-    expectNothingArrivedBefore();
+    expectNothingArrived();
+}
+
+TEST_F(HostScene, KeysGoWhereTheInputFocusIsWhateverStandsInFront) {
+    const std::string refusedKey = "brisko-mac-input: refused a key press while Brisko is frontmost: " + ownPanel + "\n";
+    apps.ask("focus editor", "focused");  // behind the host's windows
+    EXPECT_EQ(runBrisko({"key", "a"}).err, "");
+    EXPECT_EQ(linesOf(apps.events(), "keypress").size(), 1u);
+    apps.map("front", "850 20 500 600");  // another application's window over the host's panel
+    host.ask("focus panel", "focused");
+    EXPECT_EQ(runBrisko({"key", "a"}).err, refusedKey);
+    expectNothingArrived();
 }
 
 }  // namespace

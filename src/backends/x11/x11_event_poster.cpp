@@ -7,6 +7,7 @@
 #include <xcb/xtest.h>
 
 #include "backends/x11/x11_key_table.h"
+#include "backends/x11/x11_monitors.h"
 #include "cli/unicode_text.h"
 
 namespace brisko::platform::x11 {
@@ -76,8 +77,10 @@ void X11EventPoster::postPointer(const InputEvent& event) {
     // X delivers a button event where the pointer is, so the pointer goes to the event's point
     // first; a pointer already there is not moved, as a motion to its own place is still reported.
     XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(connection, where, nullptr));
-    const std::int16_t x = coordinate(event.point.x);
-    const std::int16_t y = coordinate(event.point.y);
+    // Points count from the main display's corner.
+    const Rect main = mainDisplayBounds(connection, connection_.screen());
+    const std::int16_t x = coordinate(event.point.x + main.x);
+    const std::int16_t y = coordinate(event.point.y + main.y);
     if (!pointer || !pointer->same_screen || pointer->root_x != x || pointer->root_y != y) {
         xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection_.root(), x, y, XCB_NONE);
     }
