@@ -93,14 +93,15 @@ std::vector<X11WindowServer::WindowFacts> X11WindowServer::readFacts(xcb_connect
         xcb_get_property_cookie_t types, states, clientOpacity, frameOpacity;
     };
     std::vector<Requests> requests;
-    std::vector<xcb_window_t> inputWindows;  // the client and the frame of each window
+    // The top-level's input region decides: the server looks for a window under a press only
+    // within it, and a window manager's frame takes what its client lets through.
+    std::vector<xcb_window_t> frames;
     for (const auto& [w, pid] : owned) {
         requests.push_back({requestProperty(connection, w.client, a.windowType, XCB_ATOM_ATOM),
                             requestProperty(connection, w.client, a.state, XCB_ATOM_ATOM),
                             requestProperty(connection, w.client, a.opacity, XCB_ATOM_CARDINAL),
                             requestProperty(connection, w.frame, a.opacity, XCB_ATOM_CARDINAL)});
-        inputWindows.push_back(w.client);
-        inputWindows.push_back(w.frame);
+        frames.push_back(w.frame);
     }
     std::vector<WindowFacts> facts;
     for (const auto& r : requests) {
@@ -116,8 +117,8 @@ std::vector<X11WindowServer::WindowFacts> X11WindowServer::readFacts(xcb_connect
         f.opacity = clientOpacity ? clientOpacity : frameOpacity;
         facts.push_back(f);
     }
-    const std::vector<bool> empty = inputRegionsEmpty(connection, inputWindows);
-    for (std::size_t i = 0; i < facts.size(); ++i) facts[i].takesInput = !empty[2 * i] && !empty[2 * i + 1];
+    const std::vector<bool> empty = inputRegionsEmpty(connection, frames);
+    for (std::size_t i = 0; i < facts.size(); ++i) facts[i].takesInput = !empty[i];
     return facts;
 }
 

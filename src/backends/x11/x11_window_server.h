@@ -42,7 +42,7 @@ public:
         std::optional<WindowKind> kind;        // absent: no type it knows
         bool keptAbove = false;                // _NET_WM_STATE_ABOVE
         std::optional<std::uint32_t> opacity;  // _NET_WM_WINDOW_OPACITY of the client, else of its frame
-        bool takesInput = true;                // neither the client's nor the frame's input region is empty
+        bool takesInput = true;                // the top-level's input region is not empty
     };
 
 private:
