@@ -27,7 +27,7 @@ std::vector<platform::ScreenWindow> onScreenWindows() {
     if (const std::optional<std::string> why = state.services.windows.ownerlessWindows();
         why && !state.ownerlessWindowsReported) {
         state.ownerlessWindowsReported = true;
-        warn("some windows are not guarded, their owner being unknown: " + *why);
+        warn("windows whose owner is unknown are not guarded: " + *why);
     }
     return windows;
 }

@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <iostream>
 #include <optional>
+#include <random>
+#include <sstream>
 
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
@@ -133,6 +137,75 @@ TEST_F(HostScene, KeysGoWhereTheInputFocusIsWhateverStandsInFront) {
     host.ask("focus panel", "focused");
     EXPECT_EQ(runBrisko({"key", "a"}).err, refusedKey);
     expectNothingArrived();
+}
+
+// Without the X-Resource extension the server names no owners: windows are known by the pid they
+// claim, and the first time some claim none the program says so.
+TEST(GuardWithoutXResource, KnowsTheHostByTheClaimedPidAndSaysOnceThatOthersAreUnknown) {
+    const XvfbDisplay server(1440, 900, {"-extension", "X-Resource"});
+    WindowClientProcess menubar(menubarClientPath(), server.name()), apps(windowClientPath(), server.name());
+    const auto bar = menubar.map("bar", "0 0 200 30");
+    apps.map("silent", "300 300 100 100 nopid");
+    const std::string refused = "brisko-mac-input: input-stream: ignoring line 'mousedown 10 10 left': " +
+                                refusedPress(10, 10, bar) + "\n";
+    const ProgramResult r = runBrisko({"input-stream"}, "mousedown 10 10 left\nmousedown 10 10 left\n",
+                                      {{"DISPLAY", server.name()}});
+    EXPECT_EQ(r.err, "brisko-mac-input: windows whose owner is unknown are not guarded: the X server has no "
+                     "X-Resource extension, and they set no _NET_WM_PID\n" + refused + refused);
+}
+
+// Host windows at random under other applications' windows kept above (which take presses) and
+// their docks (which presses pass through), and random presses in one input stream. Clicks raise
+// windows under a window manager, but only among those kept above, which changes no answer.
+TEST(GuardAtRandom, NoPressReachesAHostWindowAndEveryAllowedPressArrives) {
+    testDisplay();
+    WindowClientProcess host, menubar(menubarClientPath()), apps;
+    std::mt19937 random(20261123);
+    const auto number = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
+    using Rects = std::vector<std::array<int, 4>>;
+    const auto place = [&](Rects& into, int largest) {
+        const int w = number(40, largest), h = number(40, largest);
+        into.push_back({number(0, 1440 - w), number(0, 900 - h), w, h});
+        const auto& r = into.back();
+        return std::to_string(r[0]) + " " + std::to_string(r[1]) + " " + std::to_string(r[2]) + " " + std::to_string(r[3]);
+    };
+    Rects hosts, inFront, overlays;
+    for (int i = 0; i < 8; ++i) {
+        const std::string spec = place(hosts, 500);
+        (i % 2 ? host : menubar).map("h" + std::to_string(i), spec + (i % 2 ? " appid=com.brisko.desktop" : ""));
+    }
+    for (int i = 0; i < 5; ++i) apps.map("a" + std::to_string(i), place(inFront, 300) + " above");
+    for (int i = 0; i < 4; ++i) apps.map("d" + std::to_string(i), place(overlays, 300) + " type=dock");
+    const auto within = [](const Rects& rects, int x, int y) {
+        return std::any_of(rects.begin(), rects.end(),
+                           [&](const auto& r) { return x >= r[0] && x < r[0] + r[2] && y >= r[1] && y < r[1] + r[3]; });
+    };
+    std::string input, refusals;
+    std::vector<std::string> arrivals;
+    int refusedCount = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const int x = number(0, 1439), y = number(0, 899);
+        const std::string at = std::to_string(x) + " " + std::to_string(y);
+        input += "mousedown " + at + " left\nmouseup " + at + " left\n";
+        if (within(hosts, x, y) && !within(inFront, x, y)) {
+            ++refusedCount;
+            refusals += "brisko-mac-input: input-stream: ignoring line 'mousedown " + at + " left': refused a press at (" +
+                        std::to_string(x) + "," + std::to_string(y) + ") on window";
+        } else if (within(inFront, x, y) || within(overlays, x, y)) {
+            arrivals.push_back(at);
+        }
+    }
+    const ProgramResult r = runBrisko({"input-stream"}, input);
+    std::string refused;  // without the window's number: which host window is the rules' to pick
+    for (std::istringstream lines(r.err); std::getline(lines, input);) refused += input.substr(0, input.find(" on window") + 10);
+    EXPECT_EQ(refused, refusals);
+    std::vector<std::string> pressed;
+    for (const std::string& line : linesOf(apps.events(), "press")) pressed.push_back(words(line)[3] + " " + words(line)[4]);
+    EXPECT_EQ(pressed, arrivals);
+    EXPECT_EQ(host.events(), std::vector<std::string>{});
+    EXPECT_EQ(menubar.events(), std::vector<std::string>{});
+    std::cout << "1000 presses: " << refusedCount << " refused, " << arrivals.size()
+              << " arrived, the rest on no window\n";
 }
 
 }  // namespace
