@@ -8,6 +8,7 @@
 //   map NAME X Y W H [options]  -> mapped NAME ID     options: see window_spec.h; once mapped
 //   unmap NAME                  -> unmapped NAME
 //   focus NAME                  -> focused NAME       takes the keyboard focus, raising nothing
+//   claim NAME                  -> claimed NAME       sets _NET_WM_PID now (see nopid)
 //   paint NAME RRGGBB           -> painted NAME       once the server has painted it
 //   sync                        -> synced             after every event the server sent before
 //   state                       -> state KEYS STATE X Y   keycodes held down (joined by ',' or
@@ -85,6 +86,10 @@ public:
             xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_POINTER_ROOT, windowNamed(w[1]), XCB_CURRENT_TIME);
             roundTrip(connection_);
             say("focused " + w[1]);
+        } else if (verb == "claim" && w.size() == 2) {
+            claimPid(connection_, windowNamed(w[1]));
+            roundTrip(connection_);
+            say("claimed " + w[1]);
         } else if (verb == "paint" && w.size() == 3) {
             paintWindow(connection_, windowNamed(w[1]), color(w[2]));
             roundTrip(connection_);

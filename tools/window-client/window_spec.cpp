@@ -154,15 +154,17 @@ xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const
         const xcb_atom_t atom = atomNamed(c, "_MOTIF_WM_HINTS");
         setProperty(c, w, atom, atom, 32, 5, motifHints);
     }
-    if (spec.claimsPid) {
-        const auto pid = static_cast<std::uint32_t>(::getpid());
-        setProperty(c, w, atomNamed(c, "_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &pid);
-    }
+    if (spec.claimsPid) claimPid(c, w);
     if (spec.noInput) {
         xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 0, nullptr);
     }
     xcb_map_window(c, w);
     return w;
+}
+
+void claimPid(xcb_connection_t* connection, xcb_window_t window) {
+    const auto pid = static_cast<std::uint32_t>(::getpid());
+    setProperty(connection, window, atomNamed(connection, "_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &pid);
 }
 
 void paintWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color) {

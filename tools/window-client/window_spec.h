@@ -42,6 +42,9 @@ WindowSpec parseWindowSpec(const std::vector<std::string>& words);
 // USSize), which window managers keep, and it asks for no decoration unless decorated.
 xcb_window_t createWindow(xcb_connection_t* connection, const xcb_screen_t* screen, const WindowSpec& spec);
 
+// Sets the window's _NET_WM_PID to the client's process.
+void claimPid(xcb_connection_t* connection, xcb_window_t window);
+
 // Gives the window a new background colour (0xRRGGBB) and has the server paint it.
 void paintWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color);
 
