@@ -1,12 +1,16 @@
 // capture-stream: the preamble, a frame stream of the capture display with the host's windows
 // left out, and the main thread waiting for the end of input, a termination request, the end
 // that the stream thread reports, or the next exclusion refresh.
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
+#include <variant>
 
 #include "capture/capture_commands.h"
 #include "capture/capture_preamble.h"
@@ -28,9 +32,16 @@ struct Ending {
     std::string message;  // a diagnostic line's message; none when empty
 };
 
-// Ends the process without a partial record. The stream thread and the encoder's lanes may
-// still run, so nothing is torn down: the process ends at once.
-[[noreturn]] void endSession(RecordGate& gate, const Ending& ending) {
+bool peerHasEnded(platform::SessionLoop::Wake wake) {
+    return wake == platform::SessionLoop::Wake::inputEnded || wake == platform::SessionLoop::Wake::terminateRequested;
+}
+
+// Ends the process without a partial record. The stream thread, the encoder's lanes and the
+// start-up may still run, so nothing is torn down: the process ends at once. A failure that
+// comes after the host has closed the input or asked the session to end is no failure of the
+// session, which had already ended.
+[[noreturn]] void endSession(RecordGate& gate, Ending ending) {
+    if (ending.status != 0 && peerHasEnded(processState().services.sessionLoop.wait(0))) ending = {0, {}};
     gate.close(recordDrainWait);
     if (!ending.message.empty()) warn(ending.message);
     processState().services.streams.exitImmediately(ending.status);
@@ -93,28 +104,48 @@ struct StartedStream {
     std::vector<std::int32_t> excluded;
 };
 
-[[noreturn]] void failToStart(RecordGate& gate, std::string message) { endSession(gate, {2, std::move(message)}); }
+// The started stream, or the message of the failure that kept it from starting.
+using StartOutcome = std::variant<StartedStream, std::string>;
 
-StartedStream startStream(SessionOutput& output, RecordGate& gate) {
+StartOutcome startStream(SessionOutput& output) {
     platform::ScreenCapture& capture = processState().services.capture;
     const platform::ShareableContentResult listed = capture.shareableContent();
     if (!listed.content) {
-        failToStart(gate, "ScreenCaptureKit could not list displays (" + listed.error.value_or("unknown error") +
-             "). Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?");
+        return "ScreenCaptureKit could not list displays (" + listed.error.value_or("unknown error") +
+               "). Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?";
     }
     const std::optional<platform::CaptureDisplay> display = mainSCDisplay(*listed.content);
-    if (!display) failToStart(gate, "ScreenCaptureKit reported no displays to capture");
+    if (!display) return "ScreenCaptureKit reported no displays to capture";
     // Frames at the display's size in points; the pace and the cursor as the host expects them.
     const platform::FrameStreamConfiguration configuration{{display->width, display->height}, 1.0 / 15.0, true, 3};
     const platform::CaptureFilter filter = briskoExcludingFilter(*display, *listed.content);
     StartedStream started{capture.makeFrameStream(filter, configuration), display->displayID, filter.excludedPids};
     if (const auto error = started.stream->addOutput(output)) {
-        failToStart(gate, "ScreenCaptureKit refused the stream output: " + *error);
+        return "ScreenCaptureKit refused the stream output: " + *error;
     }
-    if (const auto error = started.stream->startCapture()) {
-        failToStart(gate, "ScreenCaptureKit could not start capturing: " + *error);
-    }
+    if (const auto error = started.stream->startCapture()) return "ScreenCaptureKit could not start capturing: " + *error;
     return started;
+}
+
+// The stream starts on a thread of its own, so that the main thread still acts on the end of the
+// input and on termination requests while the start takes its time (a busy or grabbed display).
+StartedStream startWhileListening(SessionOutput& output, EndRequest& end, RecordGate& gate) {
+    platform::SessionLoop& loop = processState().services.sessionLoop;
+    StartOutcome outcome;
+    std::atomic<bool> started{false};
+    std::thread starter([&] {
+        outcome = startStream(output);
+        started = true;
+        loop.post();
+    });
+    for (;;) {
+        if (peerHasEnded(loop.wait(std::numeric_limits<double>::infinity()))) endSession(gate, {0, {}});
+        if (const std::optional<Ending> ending = end.requested()) endSession(gate, *ending);
+        if (started) break;
+    }
+    starter.join();
+    if (std::string* failure = std::get_if<std::string>(&outcome)) endSession(gate, {2, std::move(*failure)});
+    return std::move(std::get<StartedStream>(outcome));
 }
 
 // The main thread from here on: the exclusion is refreshed on a fixed period until something
@@ -150,13 +181,13 @@ StartedStream startStream(SessionOutput& output, RecordGate& gate) {
 void runCaptureStream() {
     platform::Services& services = processState().services;
     services.signals.ignoreBrokenPipe();
+    services.sessionLoop.open();
     // The preamble goes out before any display is looked up, so even a failed start has it.
     writeCaptureStreamPreamble();
-    services.sessionLoop.open();
     RecordGate gate(services.streams);
     EndRequest end(services.sessionLoop);
     SessionOutput output(gate, end);
-    StartedStream started = startStream(output, gate);
+    StartedStream started = startWhileListening(output, end, gate);
     ExclusionRefresh refresh(*started.stream, started.displayID, std::move(started.excluded));
     serveSession(refresh, end, gate);
 }

@@ -1,6 +1,7 @@
 #include "cli/diagnostics.h"
 
 #include <cstdlib>
+#include <thread>
 
 #include "cli/process_state.h"
 
@@ -21,7 +22,15 @@ void die(std::string_view message) {
 }
 
 void exitProcess(int status) {
-    processState().services.streams.exit(status);
+    const ProcessState& state = processState();
+    platform::ProcessStreams& streams = state.services.streams;
+    if (std::this_thread::get_id() != state.mainThread) {
+        // The main thread still runs and uses what the static destructors of a normal exit would
+        // tear down, so the process ends as from a signal handler, once buffered output is out.
+        streams.bufferedOut().flush();
+        streams.exitImmediately(status);
+    }
+    streams.exit(status);
     std::abort();  // not reached: exit does not return
 }
 

@@ -12,6 +12,7 @@ std::unique_ptr<ProcessState>& instance() {
 
 ProcessState::ProcessState(platform::Services& platformServices)
     : services(platformServices),
+      mainThread(std::this_thread::get_id()),
       namedKeys(makeNamedKeys()),
       charKeys(makeCharKeys()),
       modifierFlags(makeModifierFlags()),
@@ -21,6 +22,7 @@ ProcessState::ProcessState(platform::Services& platformServices)
       source(platformServices.events),
       postPacingMicroseconds(10000),
       heldFlags(0),
+      modifierKeysDown(0),
       maxPlayLines(120000),
       maxPlayDurationMs(600000),
       modifierNameByKeyCode(makeModifierNameByKeyCode()),

@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cli/key_tables.h"
@@ -19,6 +20,8 @@ struct ProcessState {
     explicit ProcessState(platform::Services& platformServices);
 
     platform::Services& services;
+    // The thread that created the state: the process's main thread.
+    const std::thread::id mainThread;
 
     const std::map<std::string, KeyCode> namedKeys;
     const std::map<std::string, KeyCode> charKeys;
@@ -29,6 +32,9 @@ struct ProcessState {
     platform::EventPoster& source;
     std::uint32_t postPacingMicroseconds;
     EventFlags heldFlags;
+    // The flags of the last modifier key event (flags-changed): what the process holds down, as
+    // opposed to the flags that commands stamp on their events.
+    EventFlags modifierKeysDown;
     const std::int64_t maxPlayLines;
     const std::int64_t maxPlayDurationMs;
     const std::map<std::string, std::string> modifierNameByKeyCode;

@@ -6,6 +6,7 @@
 #include "entry/dispatch.h"
 
 int main(int argc, char** argv) {
+    brisko::platform::runBackendProcessIfStartedAsOne(argc, argv);
     const auto backend = brisko::platform::makeBackend();
     brisko::startProcess(backend->services());
     brisko::runCommandLine(std::vector<std::string>(argv + 1, argv + argc));

@@ -16,7 +16,9 @@ platform::InputEvent mouseEvent(std::uint32_t type, platform::Point point, std::
 
 void post(const platform::InputEvent& event) {
     ProcessState& state = processState();
-    if (!state.source.post(event)) die("failed to create CGEvent");
+    platform::InputEvent posted = event;
+    posted.flagsAfter = state.modifierKeysDown;
+    if (!state.source.post(posted)) die("failed to create CGEvent");
     if (state.postPacingMicroseconds != 0) state.services.clock.sleepMicroseconds(state.postPacingMicroseconds);
 }
 

@@ -57,7 +57,9 @@ void postKey(KeyCode code, EventFlags flags) {
 void postModifier(KeyCode code, EventFlags flags) {
     platform::InputEvent event = keyEvent(code, true, flags);
     event.type = type::flagsChanged;
-    processState().heldFlags = flags;
+    ProcessState& state = processState();
+    state.heldFlags = flags;
+    state.modifierKeysDown = flags;
     post(event);
 }
 

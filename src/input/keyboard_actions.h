@@ -18,7 +18,7 @@ void typeUnicodeScalar(std::string_view chars);
 // Key down and key up of the code, both with the flags.
 void postKey(KeyCode code, EventFlags flags = 0);
 // One modifier change: a flags-changed event of the key whose flags say what stays held. Records
-// the flags in heldFlags, also when the event cannot be created.
+// the flags in heldFlags and modifierKeysDown, also when the event cannot be created.
 void postModifier(KeyCode code, EventFlags flags);
 // Presses a combo such as "cmd+shift+4": modifiers down in order, the key, modifiers up in
 // reverse order. A combo that names no key or an unknown part ends the process before any event.

@@ -6,15 +6,10 @@
 
 namespace brisko {
 
-// A case line of own-ui-check read as JSON.
-struct CaseLineJson {
-    nlohmann::json value;           // discarded when the line is not JSON
-    bool hasOverflowingNumber = false;  // a number literal beyond the range of a double was read as 0
-};
-
-// Standard JSON, the whole line one value. A number literal too large for a double does not
-// make the line unreadable: it stands in as 0 and is flagged, so that the line can still be
-// judged as an object with a kind before it fails for the number.
-CaseLineJson parseCaseLine(std::string_view line);
+// A case line of own-ui-check read as JSON: standard JSON, the whole line one value; discarded
+// when the line is not JSON. A number literal too large for a double does not make the line
+// unreadable: it is read as an infinite number, which fails the case only if the case's kind
+// reads that field.
+nlohmann::json parseCaseLine(std::string_view line);
 
 }  // namespace brisko

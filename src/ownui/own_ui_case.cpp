@@ -150,13 +150,12 @@ std::optional<Evaluate> evaluatorFor(const Json& c) {
 }  // namespace
 
 CaseOutcome evaluateOwnUiCase(std::string_view line) {
-    const CaseLineJson parsed = parseCaseLine(line);
-    if (!parsed.value.is_object()) return CaseFailure{"own-ui-check: not a JSON object: " + std::string(line)};
-    const std::optional<Evaluate> evaluate = evaluatorFor(parsed.value);
+    const Json parsed = parseCaseLine(line);
+    if (!parsed.is_object()) return CaseFailure{"own-ui-check: not a JSON object: " + std::string(line)};
+    const std::optional<Evaluate> evaluate = evaluatorFor(parsed);
     if (!evaluate) return CaseFailure{"own-ui-check: unknown kind in " + std::string(line)};
     try {
-        if (parsed.hasOverflowingNumber) throw NumberOutOfRange{};
-        return CaseAnswer{(*evaluate)(parsed.value)};
+        return CaseAnswer{(*evaluate)(parsed)};
     } catch (const NumberOutOfRange&) {
         return CaseFailure{"own-ui-check: number out of range in " + std::string(line)};
     }

@@ -34,6 +34,10 @@ struct InputEvent {
     std::optional<std::int64_t> clickState;  // set only when the logic sets the field
     std::uint16_t keyCode = 0;               // keyboard events: macOS virtual key code
     std::uint64_t flags = 0;                 // modifiers held while the event happens
+    // Modifiers held once the event is over: those whose keys the process holds down (for a
+    // flags-changed event, its own flags). A backend whose modifiers are keys rather than stamps
+    // brings them back to these, so that an event's flags never change what stays held.
+    std::uint64_t flagsAfter = 0;
     std::u16string text;                     // keyboard events: Unicode string, may be empty
     std::int32_t scrollLines = 0;            // scroll events: line delta, positive is up
 

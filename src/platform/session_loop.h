@@ -13,7 +13,8 @@ public:
     // standard input is watched: whatever arrives on it is read and thrown away. Called once,
     // before the session starts other threads.
     virtual void open() = 0;
-    // Returns what happens first within timeoutMs (0 or less: only what is already there).
+    // Returns what happens first within timeoutMs (0 or less: only what is already there;
+    // infinite: no time limit).
     virtual Wake wait(double timeoutMs) = 0;
     // From any thread: the current or next wait returns posted.
     virtual void post() = 0;

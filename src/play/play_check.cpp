@@ -1,5 +1,7 @@
 #include <cmath>
 #include <exception>
+#include <optional>
+#include <string>
 
 #include <nlohmann/json.hpp>
 
@@ -59,20 +61,23 @@ std::vector<Argv> liftFor(const PlayBlock& block, const std::string& line) {
     return liftArgvs(ran);
 }
 
-// Reads the option lines to the end of input into the plan; the last of each kind wins.
+// Reads the option lines to the end of input into the plan. The last of each kind wins, so only
+// that one is judged: an earlier one, good or bad, has been replaced.
 void addOptions(nlohmann::json& plan, const PlayBlock& block, std::istream& in) {
-    while (const std::optional<std::string> line = readInputLine(in)) {
-        if (line->starts_with(clockPrefix)) {
-            nlohmann::json waits = nlohmann::json::array();
-            for (const double wait : waitsFor(block, *line)) {
-                if (!std::isfinite(wait)) die("play-check: could not encode the plan");
-                waits.push_back(jsonNumber(wait));
-            }
-            plan["waits"] = waits;
-        } else if (line->starts_with(ranPrefix)) {
-            plan["lift"] = liftFor(block, *line);
-        }
+    std::optional<std::string> clock, ran;
+    while (std::optional<std::string> line = readInputLine(in)) {
+        if (line->starts_with(clockPrefix)) clock = std::move(line);
+        else if (line->starts_with(ranPrefix)) ran = std::move(line);
     }
+    if (clock) {
+        nlohmann::json waits = nlohmann::json::array();
+        for (const double wait : waitsFor(block, *clock)) {
+            if (!std::isfinite(wait)) die("play-check: could not encode the plan");
+            waits.push_back(jsonNumber(wait));
+        }
+        plan["waits"] = waits;
+    }
+    if (ran) plan["lift"] = liftFor(block, *ran);
 }
 
 }  // namespace

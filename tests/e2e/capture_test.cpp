@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <thread>
 #include <unistd.h>
 
@@ -253,6 +254,22 @@ TEST(CaptureOfADisplayThatChangesSize, GoesOnAtTheNewSizeFromAWholeFrame) {
     stream.closeInput();
     EXPECT_EQ(stream.wait(), 0);
     EXPECT_EQ(stream.errors(), "");
+}
+
+TEST(CaptureStart, EndOfInputOrSigtermWhileTheStartWaitsForTheDisplayEndsItAtOnceWithZero) {
+    testDisplay();
+    for (const bool terminate : {false, true}) {
+        // Another client holds the server, so the start waits for it.
+        const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> holder(xcb_connect(nullptr, nullptr),
+                                                                                  &xcb_disconnect);
+        xcb_grab_server(holder.get());
+        std::free(xcb_get_input_focus_reply(holder.get(), xcb_get_input_focus(holder.get()), nullptr));
+        Process stream(programPath(), {"capture-stream"});
+        ASSERT_TRUE(stream.waitForOutput(std::string("BCS2\x02\x00\x00\x00", 8)));
+        if (terminate) stream.signal(SIGTERM);
+        else stream.closeInput();
+        EXPECT_EQ(stream.wait(2s), 0) << (terminate ? "SIGTERM" : "end of input");
+    }
 }
 
 TEST_F(Capture, EachEndOfTheStreamEndsItWithZeroAndWholeRecords) {

@@ -117,15 +117,68 @@ TEST_F(ProgramInput, ModifierKeysPressTheirSideAndFlagsHoldAcrossTheStreamsComma
         "keydown 54 cmd\nkeyup 54 none\nkeydown 63 fn\nkeyup 63 none\n"  // fn has no X key: nothing
         "keydown 56 shift\nmousedown 300 300 left\nmouseup 300 300 left\nkeyup 56 none\n"
         "mousedown 320 300 left ctrl,alt\nmouseup 320 300 left none\n"
-        "keydown 59 ctrl\ntype-unicode 61\nkeyup 59 none\n"  // typed text ignores held modifiers
+        "keydown 59 ctrl\ntype-unicode 61\nkeyup 59 none\n"  // typed text ignores held modifiers, for its moment
         "keydown 82 none\nkeyup 82 none\nkeydown 114 none\nkeyup 114 none\n");  // keypad 0 (at the shift level), help
     Lines keys;
     for (const std::string& line : linesOf(lines, "keypress")) keys.push_back(words(line)[3] + " " + words(line)[4]);
     EXPECT_EQ(keys, (Lines{"0xffe2 none", "0xffe4 none", "0xffea none", "0xffec none", "0xffe1 none", "0xffe9 none",
-                           "0xffe3 alt", "0xffe3 none", "0x61 none", "0xffe1 none", "0xffb0 shift", "0xffe1 none", "0xff63 none"}));
+                           "0xffe3 alt", "0xffe3 none", "0x61 none", "0xffe3 none", "0xffe1 none", "0xffb0 shift", "0xffe1 none", "0xff63 none"}));
     EXPECT_EQ(linesOf(lines, "press"), (Lines{"press app 1 300 300 shift", "press app 1 320 300 ctrl+alt"}));
     EXPECT_EQ(linesOf(lines, "release"), (Lines{"release app 1 300 300 shift+button1", "release app 1 320 300 button1"}));
     expectNothingHeld();
+}
+
+TEST_F(ProgramInput, FlagsHoldModifiersForTheirEventOnlyAndOnlyExplicitPressesStayDown) {
+    // What the server holds after each command (keycodes: a 38, Shift_L 50): inside one stream,
+    // and as one-shot commands where a step does not rely on a modifier held by an earlier one.
+    struct Step {
+        std::string command, keys, state;
+        bool oneShot = true;
+    };
+    const std::vector<Step> steps = {
+        {"scroll up 1 shift", "none", "none"},
+        {"mousemove 310 300 none cmd", "none", "none"},
+        {"mousedown 300 300 left ctrl,alt", "none", "button1"},
+        {"mouseup 300 300 left cmd", "none", "none"},
+        {"keydown 0 cmd,shift", "38", "none"},
+        {"keyup 0 alt", "none", "none"},
+        {"keydown 56 shift", "50", "shift"},
+        {"mousedown 300 300 right ctrl", "50", "shift+button3", false},
+        {"mouseup 300 300 right none", "50", "shift", false},
+        {"type-unicode 62", "50", "shift", false},
+        {"keyup 56 none", "none", "none"},
+    };
+    Process stream(programPath(), {"input-stream"});
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        const std::string sync = "played s" + std::to_string(i) + " ok 0";
+        ASSERT_TRUE(stream.write(steps[i].command + "\nplay s" + std::to_string(i) + " 0 0\n"));
+        ASSERT_TRUE(stream.waitForOutput(sync)) << steps[i].command;
+        const HeldState held = app.held();
+        EXPECT_EQ(held.keys + " " + held.state, steps[i].keys + " " + steps[i].state) << steps[i].command;
+    }
+    stream.closeInput();
+    EXPECT_EQ(stream.finish().err, "");
+    for (const Step& step : steps) {
+        if (!step.oneShot) continue;
+        const std::vector<std::string> args = words(step.command);
+        EXPECT_EQ(runBrisko(args).status, 0) << step.command;
+        const HeldState held = app.held();
+        EXPECT_EQ(held.keys + " " + held.state, step.keys + " " + step.state) << step.command << ", one-shot";
+    }
+}
+
+TEST_F(ProgramInput, AKeyCodeWithNoKeysymPostsNothingAndEndsTheProcessLikeAnyEventThatCannotBeMade) {
+    const std::vector<std::tuple<std::vector<std::string>, std::string, Lines>> cases = {
+        {{"keydown", "10", "shift"}, "", {}},
+        {{"input-stream"}, "mousemove 350 350\nkeyup 93 cmd\nmousemove 360 350\n", {"motion app 350 350 none"}},
+    };
+    for (const auto& [args, input, events] : cases) {
+        const ProgramResult r = runBrisko(args, input);
+        EXPECT_EQ(r.status, 2) << args[0];
+        EXPECT_EQ(r.err, "brisko-mac-input: failed to create CGEvent\n") << args[0];
+        EXPECT_EQ(app.events(), events) << args[0];
+        expectNothingHeld();
+    }
 }
 
 TEST_F(ProgramInput, AKeyHeldByAnEarlierProcessDoesNotTurnAClickIntoAShiftClick) {

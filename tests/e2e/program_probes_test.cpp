@@ -50,6 +50,21 @@ TEST(ProgramProbes, ReportTheDisplayAndTheModifiersAndScreenSaverOnIt) {
     expectOutput({"session"}, unlocked);
 }
 
+TEST(ProgramProbes, HeldModifiersAreReadThroughTheServersModifierMap) {
+    const XvfbDisplay server(640, 480);
+    const Environment on = {{"DISPLAY", server.name()}};
+    // Alt and Super swap their usual modifier bits.
+    ASSERT_EQ(runProgram("xmodmap", {"-e", "clear mod1", "-e", "clear mod4", "-e", "add mod3 = Super_L Super_R", "-e",
+                                     "add mod4 = Alt_L Alt_R"}, "", on).status, 0);
+    const std::tuple<std::string, std::string, std::string> held[] = {{"55", "cmd", "0x00100000"},
+                                                                       {"58", "alt", "0x00080000"}};
+    for (const auto& [key, name, flags] : held) {
+        ASSERT_EQ(runBrisko({"keydown", key, name}, "", on).status, 0);
+        expectOutput({"check-flags"}, "hid=" + flags + " modifiers=" + flags + " baseline=0\n", on);
+        ASSERT_EQ(runBrisko({"keyup", key, "none"}, "", on).status, 0);
+    }
+}
+
 TEST(ProgramProbes, WithoutXtestInputIsNotPermittedAndNothingIsPosted) {
     const XvfbDisplay server(1440, 900, {"-extension", "XTEST"});
     expectOutput({"check"}, "screen=1 input=0\n", {{"DISPLAY", server.name()}});
@@ -76,11 +91,10 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
         {{"get-clipboard", "public.utf8-plain-text"}, 0, "{\"changeCount\":0,\"types\":[],\"items\":[]}\n", ""},
         {{"set-clipboard", "aGk="}, 0, "", ""},
         {{"clipboard-access"}, 0, "{\"access\":\"allow\"}\n", ""},
+        // The clipboard owner's own mode takes its contents from a socket only.
+        {{"serve-clipboard-handed-over"}, 2, "", "brisko-mac-input: unknown command 'serve-clipboard-handed-over'\n"},
         {{"own-ui"}, 2, "", "brisko-mac-input: own-ui: " + listFailure + "\n"},
         {{"screenshot", shot}, 2, "", "brisko-mac-input: screenshot: " + listFailure + ". Is Screen Recording granted?\n"},
-        {{"capture-stream"}, 2, std::string("BCS2\x02\x00\x00\x00", 8),
-         "brisko-mac-input: " + listFailure +
-             ". Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?\n"},
     };
     std::filesystem::remove(shot);
     for (const Case& c : cases) {
@@ -90,6 +104,16 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
         EXPECT_EQ(r.err, c.err) << c.args[0];
     }
     EXPECT_FALSE(std::filesystem::exists(shot));
+    // capture-stream fails with its input open; once the host has closed it, the session is over.
+    const std::string preamble("BCS2\x02\x00\x00\x00", 8);
+    const ProgramResult open = Process(programPath(), {"capture-stream"}, nowhere).finish();
+    EXPECT_EQ(open.status, 2);
+    EXPECT_EQ(open.out, preamble);
+    EXPECT_EQ(open.err, "brisko-mac-input: " + listFailure +
+                            ". Is Screen Recording granted in System Settings \u2192 Privacy & Security \u2192 Screen Recording?\n");
+    const ProgramResult ended = Process(programPath(), {"capture-stream"}, nowhere, Streams::outputOnly).finish();
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.out, preamble);
 }
 
 // Two monitors side by side, the primary one on the right: its top-left corner is where points and

@@ -1,6 +1,8 @@
 #include "fake/fake_platform.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "entry/dispatch.h"
 #include "cli/process_state.h"
@@ -31,14 +33,6 @@ std::vector<InputEvent> Journal::events() const {
     std::vector<InputEvent> out;
     for (const Happening& h : all()) {
         if (const auto* e = std::get_if<InputEvent>(&h)) out.push_back(*e);
-    }
-    return out;
-}
-
-std::vector<Pause> Journal::pauses() const {
-    std::vector<Pause> out;
-    for (const Happening& h : all()) {
-        if (const auto* p = std::get_if<Pause>(&h)) out.push_back(*p);
     }
     return out;
 }
@@ -123,14 +117,31 @@ void FakeClock::advanceMs(double ms) {
 }
 
 platform::SessionLoop::Wake FakeSessionLoop::wait(double timeoutMs) {
-    timeouts.push_back(timeoutMs);
-    if (posted_.exchange(false)) return Wake::posted;
+    if (std::isinf(timeoutMs)) {
+        std::unique_lock guard(lock_);
+        if (!postedChanged_.wait_for(guard, std::chrono::seconds(10), [this] { return posted_; })) return Wake::inputEnded;
+    } else if (timeoutMs > 0) {
+        timeouts.push_back(timeoutMs);
+    }
+    if (takePost()) return Wake::posted;
     if (steps.empty()) return Wake::inputEnded;
+    if (timeoutMs <= 0) return Wake::timedOut;
     const Step step = std::move(steps.front());
     steps.pop_front();
     const Wake wake = step();
     if (wake == Wake::timedOut && timeoutMs > 0) clock_.advanceMs(timeoutMs);
     return wake;
+}
+
+void FakeSessionLoop::post() {
+    const std::lock_guard guard(lock_);
+    posted_ = true;
+    postedChanged_.notify_all();
+}
+
+bool FakeSessionLoop::takePost() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(posted_, false);
 }
 
 void FakeSessionLoop::idle(int n) {
@@ -139,6 +150,7 @@ void FakeSessionLoop::idle(int n) {
 
 bool FakeStreams::writeOut(std::string_view bytes) {
     if (failWrites) return false;
+    if (beforeWrite) beforeWrite();
     std::lock_guard guard(lock_);
     out_.append(bytes);
     written_.notify_all();

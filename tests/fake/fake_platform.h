@@ -32,7 +32,6 @@ public:
     void add(Happening h);
     std::vector<Happening> all() const;
     std::vector<InputEvent> events() const;
-    std::vector<Pause> pauses() const;
     void clear();
     // For tests in which another thread posts: waits until that many events were posted; false
     // after 10 s.
@@ -209,17 +208,6 @@ struct ProcessExit {
     int status;
 };
 
-// The status with which a call ends the process, or absent when it returns.
-template <typename Call>
-std::optional<int> exitStatusOf(Call call) {
-    try {
-        call();
-    } catch (const ProcessExit& exit) {
-        return exit.status;
-    }
-    return std::nullopt;
-}
-
 class FakeStreams final : public platform::ProcessStreams {
 public:
     bool writeOut(std::string_view bytes) override;
@@ -227,7 +215,10 @@ public:
     std::ostream& bufferedOut() override { return buffered; }
     std::istream& in() override { return input; }
     [[noreturn]] void exit(int status) override { throw ProcessExit{status}; }
-    [[noreturn]] void exitImmediately(int status) override { throw ProcessExit{status}; }
+    [[noreturn]] void exitImmediately(int status) override {
+        ++immediateExits;
+        throw ProcessExit{status};
+    }
 
     std::string out() const;
     std::string err() const;
@@ -238,6 +229,9 @@ public:
     std::ostringstream buffered;
     std::istringstream input;
     bool failWrites = false;
+    // Called by every write to standard output before it is taken, on the writing thread.
+    std::function<void()> beforeWrite;
+    std::atomic<int> immediateExits{0};
 
 private:
     mutable std::mutex lock_;
@@ -256,10 +250,11 @@ public:
     bool terminateExitsZero = false;
 };
 
-// A session loop that plays a script: each wait runs the next step (which may deliver frames,
-// change the fake's answers, ...) and returns what the step says happened. A post is answered
-// first; an exhausted script ends the input. A step that lets the time run out moves the clock
-// on by the whole wait.
+// A session loop that plays a script: each wait with a time limit runs the next step (which may
+// deliver frames, change the fake's answers, ...) and returns what the step says happened. A post
+// is answered first; an exhausted script ends the input. A step that lets the time run out moves
+// the clock on by the whole wait. A wait for what is already there runs no step, and one without
+// limit returns only with a post (or, after 10 s, as the end of the input).
 class FakeSessionLoop final : public platform::SessionLoop {
 public:
     using Step = std::function<Wake()>;
@@ -267,17 +262,21 @@ public:
     explicit FakeSessionLoop(FakeClock& clock) : clock_(clock) {}
     void open() override { opened = true; }
     Wake wait(double timeoutMs) override;
-    void post() override { posted_ = true; }
+    void post() override;
     // Steps that let the time run out n times, doing nothing else.
     void idle(int n);
 
     bool opened = false;
     std::deque<Step> steps;
-    std::vector<double> timeouts;  // of every wait, in order
+    std::vector<double> timeouts;  // of every wait with a time limit, in order
 
 private:
+    bool takePost();
+
     FakeClock& clock_;
-    std::atomic<bool> posted_{false};
+    std::mutex lock_;
+    std::condition_variable postedChanged_;
+    bool posted_ = false;
 };
 
 // Every service faked, and a fresh process state over them.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <semaphore>
 #include <sstream>
 #include <thread>
 
@@ -85,6 +86,7 @@ TEST_F(InputStreamThreads, APlatformFailureOnThePlayerEndsTheStreamWithStatusTwo
     EXPECT_EQ(finish(), 2);
     EXPECT_EQ(platform.streams.out(), banner);
     EXPECT_EQ(platform.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
+    EXPECT_EQ(platform.streams.immediateExits, 1) << "no static destructors while the reader runs";
     EXPECT_EQ(eventText(platform.journal), Texts{"keydown 4"});
 }
 
@@ -141,72 +143,32 @@ TEST(CaptureStreamOutputLanes, EveryLaneCountWritesTheSameBytes) {
     }
 }
 
-// Standard output whose writes hang until released, as a pipe whose reader is slow.
-class HeldStreams final : public platform::ProcessStreams {
-public:
-    bool writeOut(std::string_view bytes) override {
-        std::unique_lock guard(lock_);
-        ++writers_;
-        changed_.notify_all();
-        changed_.wait(guard, [this] { return released_; });
-        out_.append(bytes);
-        return true;
-    }
-    bool writeErr(std::string_view) override { return true; }
-    std::ostream& bufferedOut() override { return buffered_; }
-    std::istream& in() override { return in_; }
-    [[noreturn]] void exit(int status) override { throw fake::ProcessExit{status}; }
-    [[noreturn]] void exitImmediately(int status) override { throw fake::ProcessExit{status}; }
-
-    void awaitWriter() {
-        std::unique_lock guard(lock_);
-        changed_.wait(guard, [this] { return writers_ > 0; });
-    }
-    void release() {
-        const std::lock_guard guard(lock_);
-        released_ = true;
-        changed_.notify_all();
-    }
-    std::string out() {
-        const std::lock_guard guard(lock_);
-        return out_;
-    }
-
-private:
-    std::mutex lock_;
-    std::condition_variable changed_;
-    int writers_ = 0;
-    bool released_ = false;
-    std::string out_;
-    std::ostringstream buffered_;
-    std::istringstream in_;
-};
-
+// Standard output whose one write waits until the reader takes it, or never when the reader is gone.
 TEST(RecordGate, ClosingWaitsForTheRecordOnItsWayOutButNotForAReaderThatStoppedReading) {
-    HeldStreams slow;
-    RecordGate gate(slow);
-    std::thread writer([&] { EXPECT_TRUE(gate.write("a whole record")); });
-    slow.awaitWriter();
-    std::thread reader([&] {
-        std::this_thread::sleep_for(50ms);  // the reader is slow, not gone
-        slow.release();
-    });
-    gate.close(10s);
-    EXPECT_EQ(slow.out(), "a whole record");
-    EXPECT_TRUE(gate.write("after the end"));
-    EXPECT_EQ(slow.out(), "a whole record");
-    writer.join();
-    reader.join();
-
-    HeldStreams stuck;
-    RecordGate stuckGate(stuck);
-    std::thread stuckWriter([&] { stuckGate.write("stuck"); });
-    stuck.awaitWriter();
-    const auto start = std::chrono::steady_clock::now();
-    stuckGate.close(30ms);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
-    stuck.release();
-    stuckWriter.join();
+    for (const bool readerGone : {false, true}) {
+        fake::FakeStreams streams;
+        std::binary_semaphore writing{0}, read{0};
+        streams.beforeWrite = [&] {
+            writing.release();
+            read.acquire();
+        };
+        RecordGate gate(streams);
+        std::thread writer([&] { EXPECT_TRUE(gate.write("a whole record")); });
+        writing.acquire();
+        std::thread reader([&] {
+            std::this_thread::sleep_for(50ms);  // a slow reader, not a gone one
+            if (!readerGone) read.release();
+        });
+        const auto start = std::chrono::steady_clock::now();
+        gate.close(readerGone ? 30ms : 10s);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+        EXPECT_EQ(streams.out(), readerGone ? "" : "a whole record");
+        reader.join();
+        if (readerGone) read.release();
+        writer.join();
+        EXPECT_TRUE(gate.write("after the end"));
+        EXPECT_EQ(streams.out(), "a whole record");
+    }
 }
 
 TEST(CaptureSessionThreads, FramesFromTheStreamThreadWhileTheMainThreadRefreshes) {

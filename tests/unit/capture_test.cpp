@@ -9,7 +9,6 @@
 #include <sstream>
 #include <unistd.h>
 
-#include "capture/capture_preamble.h"
 #include "capture/capture_stream_output.h"
 #include "capture/cursor_overlay.h"
 #include "capture/exclusion_plan.h"
@@ -201,27 +200,6 @@ TEST_F(Encoder, ATileThatFailsToCompressIsLeftOutAndStaysTheReference) {
     EXPECT_EQ(all.decoder().picture(), rgbaOf(frame));
 }
 
-TEST(CaptureStreamFormat, RecordsAreLittleEndianWithoutPaddingAfterAPreambleInOneWrite) {
-    const std::vector<std::uint8_t> data(100, 0xAB), other = {1, 2, 3};
-    const std::vector<EncodedTile> tiles = {{{0x40, 0x80, 64, 6}, data}, {{0x01020304, 0, 2, 1}, other}};
-    std::vector<std::uint8_t> record = {9, 9, 9};  // replaced, not appended to
-    buildFrameRecord(record, 1440, 900, tiles);
-    std::vector<std::uint8_t> expected;
-    expected.reserve(159);  // appended to a reserved buffer: GCC 12 misreads growing inserts
-    for (const std::vector<std::uint8_t>& part : {
-             std::vector<std::uint8_t>{155, 0, 0, 0, 0xA0, 0x05, 0, 0, 0x84, 0x03, 0, 0, 2, 0, 0, 0},
-             std::vector<std::uint8_t>{0x40, 0, 0, 0, 0x80, 0, 0, 0, 64, 0, 0, 0, 6, 0, 0, 0, 100, 0, 0, 0}, data,
-             std::vector<std::uint8_t>{4, 3, 2, 1, 0, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0, 1, 2, 3}}) {
-        for (const std::uint8_t byte : part) expected.push_back(byte);
-    }
-    EXPECT_EQ(record, expected);
-    fake::FakePlatform platform;
-    writeCaptureStreamPreamble();
-    EXPECT_EQ(platform.streams.out(), std::string("BCS2\x02\x00\x00\x00", 8));
-    platform.streams.failWrites = true;
-    EXPECT_EQ(fake::exitStatusOf([] { writeCaptureStreamPreamble(); }), 0);
-}
-
 constexpr std::int32_t panelPid = 902;
 constexpr std::int32_t menuBarPid = 611;
 const std::string preamble("BCS2\x02\x00\x00\x00", 8);
@@ -323,6 +301,13 @@ TEST_F(CaptureSession, FailuresAfterThePreambleEndItWithTwoAndItsOwnEndsWithZero
         EXPECT_EQ(fresh.streams.err(), message.empty() ? "" : "brisko-mac-input: " + message + "\n") << name;
         EXPECT_EQ(fresh.sessionLoop.steps.size(), 3u) << name;
     }
+    fake::FakePlatform gone;  // a reader gone before the preamble
+    gone.streams.failWrites = true;
+    EXPECT_EQ(gone.run({"capture-stream"}), 0);
+    fake::FakePlatform ended;  // the host closed the input before the start failed
+    ended.capture.content = {std::nullopt, "gone"};
+    EXPECT_EQ(ended.run({"capture-stream"}), 0);
+    EXPECT_EQ(ended.streams.err(), "");
 }
 
 TEST_F(CaptureSession, TheExclusionIsReplacedWhenTheHostsPidsChangeAtEachRefresh) {

@@ -181,47 +181,23 @@ TEST(OwnerIdentity, AnswersPerPidAreKeptForTheLifeOfTheProcessAndAskedOnlyWhenNe
     EXPECT_TRUE(pidIsBrisko(902));
     EXPECT_FALSE(pidIsBrisko(77));
     EXPECT_EQ(platform.windows.identityQueries, 6);
-
-    // A check learns only about the owners it needs: the press about 42 (an overlay) and the
-    // editor, the keyboard about the first layer-0 window, 41's.
-    fake::FakePlatform fresh;
-    fresh.windows.windows = {window(1, 41, {0, 0, 10, 10}), window(2, 42, square, 30), window(3, 300), window(4, 902)};
-    refuseIfOnBrisko({50, 50});
-    EXPECT_EQ(processState().briskoOwnerCache, (std::map<std::int32_t, bool>{{42, false}, {300, false}}));
-    refuseIfBriskoFrontmost();
-    EXPECT_EQ(processState().briskoOwnerCache, (std::map<std::int32_t, bool>{{41, false}, {42, false}, {300, false}}));
 }
 
 TEST(OwnerIdentity, TheHostsProcessesAreLeftOutOfCaptureByPid) {
     fake::FakePlatform platform;
     platform.windows.paths[12] = "/x/brisko-mac-menubar";
     platform.windows.bundles[12] = "com.brisko.desktop";  // the registry is not consulted here
-    const std::vector<OwnerIdentity> candidates =
-        briskoCandidates({{}, {{900, "com.brisko.desktop"}, {12, ""}, {33, "org.other"}}});
-    ASSERT_EQ(candidates.size(), 3u);
-    EXPECT_EQ(candidates[0].bundleIdentifier, "com.brisko.desktop");
-    EXPECT_EQ(candidates[0].executableName, std::nullopt);
-    EXPECT_EQ(candidates[1].bundleIdentifier, std::nullopt);
-    EXPECT_EQ(candidates[1].executableName, "brisko-mac-menubar");
-    EXPECT_TRUE(processState().briskoOwnerCache.empty());
-    EXPECT_EQ(briskoExcludedPids({{900, "com.brisko.desktop", {}}, {4, "org.other", "other"},
-                                  {12, {}, "brisko-mac-menubar"}, {900, "com.brisko.desktop", {}}, {7, {}, {}}}),
-              (std::vector<std::int32_t>{900, 12, 900}));
-
     const platform::CaptureDisplay first{5, 1440, 900}, second{9, 1920, 1080};
     platform.capture.mainDisplay = 9;
     EXPECT_EQ(mainSCDisplay({{first, second}, {}})->displayID, 9u);
     platform.capture.mainDisplay = 1;  // not listed: the first one
     EXPECT_EQ(mainSCDisplay({{first, second}, {}})->displayID, 5u);
     EXPECT_FALSE(mainSCDisplay({}).has_value());
-    const platform::ShareableContent content{{first}, {{900, "com.brisko.desktop"}, {40, "org.other"}, {12, ""}}};
-    EXPECT_EQ(applicationsWithPids(content, {12, 900, 77}), (std::vector<std::size_t>{0, 2}));
-    const auto filter = briskoExcludingFilter(first, content);
-    EXPECT_EQ(filter.display.displayID, 5u);
-    EXPECT_EQ(filter.excludedPids, (std::vector<std::int32_t>{12, 900}));  // ascending
-    // Selection is by pid over every listed application, so a second entry of a host pid goes too.
-    EXPECT_EQ(briskoExcludingFilter(first, {{first}, {{900, "org.helper"}, {900, "com.brisko.desktop"}}}).excludedPids,
-              (std::vector<std::int32_t>{900, 900}));
+    // Selection is by pid over every listed application, so a second entry of a host pid goes too,
+    // and the registry of the guard is not consulted.
+    const platform::ShareableContent content{{first}, {{900, "org.helper"}, {12, ""}, {900, "com.brisko.desktop"}}};
+    EXPECT_EQ(briskoExcludingFilter(first, content).excludedPids, (std::vector<std::int32_t>{12, 900, 900}));
+    EXPECT_TRUE(processState().briskoOwnerCache.empty());
 }
 
 class Refusal : public ::testing::Test {
@@ -268,62 +244,47 @@ TEST_F(Refusal, KeysAreRefusedWithTheMenuNamedFirstAndEveryCheckTakesAFreshWindo
     EXPECT_EQ(platform.windows.windowListQueries, 6);
 }
 
-// The report of own-ui: the host's pids (611 the menu-bar process, 902 the app) and windows.
-class OwnUiReport : public ::testing::Test {
-protected:
-    OwnUiReport() {
+// The report of own-ui: the host's pids (611 the menu-bar process, 902 the app) and windows, bounds
+// truncated toward zero after negative sizes are made positive; a point is judged on the same list.
+TEST(OwnUiReport, ListsTheHostsWindowsAndWhoHoldsTheKeyboardAndJudgesAPointOnTheSameList) {
+    const std::vector<std::tuple<std::vector<std::string>, std::vector<ScreenWindow>, std::string>> cases = {
+        {{"own-ui"},
+         {window(4000000000u, 902, {-1440.5, -0.7, 360.9, 520.2}, -5), window(15, 902, {200, 300, -50.5, -20}),
+          window(7, 300, {0, 0, 800, 600})},
+         "{\"id\":4000000000,\"pid\":902,\"layer\":-5,\"x\":-1440,\"y\":0,\"w\":360,\"h\":520},"
+         "{\"id\":15,\"pid\":902,\"layer\":0,\"x\":149,\"y\":280,\"w\":50,\"h\":20}],"
+         "\"briskoFrontmost\":true,\"keyboard\":\"brisko\"}\n"},
+        {{"own-ui", "1250", "100"},
+         {window(12, 611, {1200, 0, 200, 300}, menuLayer), window(13, 902, {100, 100, 50, 50}, 0, 0.0),
+          window(7, 300, {0, 0, 800, 600})},
+         "{\"id\":12,\"pid\":611,\"layer\":101,\"x\":1200,\"y\":0,\"w\":200,\"h\":300},"
+         "{\"id\":13,\"pid\":902,\"layer\":0,\"x\":100,\"y\":100,\"w\":50,\"h\":50}],"
+         "\"briskoFrontmost\":false,\"keyboard\":\"menu\",\"refused\":true,\"window\":12}\n"},
+    };
+    for (const auto& [args, windows, listed] : cases) {
+        fake::FakePlatform platform;
         platform.windows.bundles[902] = "com.brisko.desktop";
         platform.windows.paths[611] = "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar";
         platform.capture.content.content = platform::ShareableContent{
             {{1, 1440, 900}}, {{300, "org.example.editor"}, {902, "com.brisko.desktop"}, {611, ""}}};
-    }
-    std::string report(const std::vector<std::string>& args) {
+        platform.windows.windows = windows;
         EXPECT_EQ(platform.run(args), 0);
-        EXPECT_EQ(platform.streams.err(), "");
-        return platform.streams.out();
+        EXPECT_EQ(platform.streams.out() + platform.streams.err(),
+                  "{\"excludedPids\":[611,902],\"briskoWindows\":[" + listed);
+        EXPECT_EQ(platform.windows.windowListQueries, 1);
     }
-
-    fake::FakePlatform platform;
-};
-
-TEST_F(OwnUiReport, ListsTheHostsWindowsWithBoundsTruncatedAndWhoHoldsTheKeyboard) {
-    platform.windows.windows = {
-        window(4000000000u, 902, {-1440.5, -0.7, 360.9, 520.2}, -5),
-        window(15, 902, {200, 300, -50.5, -20}),
-        window(7, 300, {0, 0, 800, 600}),
-    };
-    EXPECT_EQ(report({"own-ui"}),
-              "{\"excludedPids\":[611,902],\"briskoWindows\":["
-              "{\"id\":4000000000,\"pid\":902,\"layer\":-5,\"x\":-1440,\"y\":0,\"w\":360,\"h\":520},"
-              "{\"id\":15,\"pid\":902,\"layer\":0,\"x\":149,\"y\":280,\"w\":50,\"h\":20}],"
-              "\"briskoFrontmost\":true,\"keyboard\":\"brisko\"}\n");
 }
 
-TEST_F(OwnUiReport, APointIsJudgedOnTheSameWindowList) {
-    platform.windows.windows = {window(12, 611, {1200, 0, 200, 300}, menuLayer), window(13, 902, {100, 100, 50, 50}, 0, 0.0),
-                                window(7, 300, {0, 0, 800, 600})};
-    EXPECT_EQ(report({"own-ui", "1250", "100"}),
-              "{\"excludedPids\":[611,902],\"briskoWindows\":["
-              "{\"id\":12,\"pid\":611,\"layer\":101,\"x\":1200,\"y\":0,\"w\":200,\"h\":300},"
-              "{\"id\":13,\"pid\":902,\"layer\":0,\"x\":100,\"y\":100,\"w\":50,\"h\":50}],"
-              "\"briskoFrontmost\":false,\"keyboard\":\"menu\",\"refused\":true,\"window\":12}\n");
-    EXPECT_EQ(platform.windows.windowListQueries, 1);
-}
-
-TEST_F(OwnUiReport, WithoutADisplayItFailsWithTheReasonAndListsNothing) {
-    const std::vector<std::pair<platform::ShareableContentResult, std::string>> cases = {
-        {{std::nullopt, "The user declined TCCs for application, window, display capture"},
-         "The user declined TCCs for application, window, display capture"},
-        {{std::nullopt, std::nullopt}, "no display"},
-        {{platform::ShareableContent{{}, {{902, "com.brisko.desktop"}}}, std::nullopt}, "no display"},
-    };
-    for (const auto& [listed, reason] : cases) {
-        fake::FakePlatform fresh;
-        fresh.capture.content = listed;
-        EXPECT_EQ(fresh.run({"own-ui", "1", "2"}), 2);
-        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: own-ui: ScreenCaptureKit could not list displays (" + reason + ")\n");
-        EXPECT_EQ(fresh.streams.out(), "");
-        EXPECT_EQ(fresh.windows.windowListQueries, 0);
+TEST(OwnUiReport, WithoutADisplayItFailsWithTheReasonAndListsNothing) {
+    const std::vector<platform::ShareableContentResult> cases = {
+        {std::nullopt, std::nullopt}, {platform::ShareableContent{{}, {{902, "com.brisko.desktop"}}}, std::nullopt}};
+    for (const auto& listed : cases) {
+        fake::FakePlatform platform;
+        platform.capture.content = listed;
+        EXPECT_EQ(platform.run({"own-ui", "1", "2"}), 2);
+        EXPECT_EQ(platform.streams.err(), "brisko-mac-input: own-ui: ScreenCaptureKit could not list displays (no display)\n");
+        EXPECT_EQ(platform.streams.out(), "");
+        EXPECT_EQ(platform.windows.windowListQueries, 0);
     }
 }
 

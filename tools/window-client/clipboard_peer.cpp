@@ -43,10 +43,10 @@ bool ClipboardPeer::ownerChangedFrom(xcb_window_t was, const xcb_generic_event_t
     return reinterpret_cast<const xcb_xfixes_selection_notify_event_t*>(event)->owner != was;
 }
 
-bool ClipboardPeer::own(Targets targets, bool silent) {
+bool ClipboardPeer::own(Targets targets, Answers answers) {
     disown();
     targets_ = std::move(targets);
-    silent_ = silent;
+    answers_ = answers;
     window_ = inputOnlyWindow(connection_, root_);
     xcb_set_selection_owner(connection_, window_, clipboard_, XCB_CURRENT_TIME);
     return owner() == window_;
@@ -83,7 +83,9 @@ bool ClipboardPeer::handle(const xcb_generic_event_t* event) {
     if (type != XCB_SELECTION_REQUEST) return false;
     const auto& request = *reinterpret_cast<const xcb_selection_request_event_t*>(event);
     if (request.owner != window_ || window_ == XCB_NONE) return false;
-    if (!silent_) answer(request);
+    if (answers_ == Answers::all || (answers_ == Answers::targetsOnly && atomName(request.target) == "TARGETS")) {
+        answer(request);
+    }
     return true;
 }
 

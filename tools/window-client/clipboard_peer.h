@@ -18,8 +18,11 @@ public:
 
     ClipboardPeer(xcb_connection_t* connection, xcb_window_t root);
 
-    // Takes the clipboard; a silent owner never answers a request. False when it did not get it.
-    bool own(Targets targets, bool silent);
+    // Which requests an owner answers: all, only those for TARGETS, or none.
+    enum class Answers { all, targetsOnly, none };
+
+    // Takes the clipboard. False when it did not get it.
+    bool own(Targets targets, Answers answers);
     // Gives the clipboard up as an owner's end does: it belongs to nobody afterwards.
     void disown();
     // Answers a request for the clipboard; true when the event was one for this peer.
@@ -45,7 +48,7 @@ private:
     xcb_window_t window_ = XCB_NONE;  // the owning window while this peer owns the clipboard
     xcb_window_t requestor_ = XCB_NONE;
     Targets targets_;
-    bool silent_ = false;
+    Answers answers_ = Answers::all;
 };
 
 }  // namespace window_client

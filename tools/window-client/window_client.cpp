@@ -19,8 +19,9 @@
 //                                  _XROOTPMAP_ID; it lasts while the client does
 //   background RRGGBB           -> background done    the root's own background, published nowhere
 //   warp X Y                    -> warped
-//   own-clipboard [silent] TARGET=TEXT ...  -> owning     TEXT has no "=", and TIMESTAMP=N gives a
-//                                                          32-bit number
+//   own-clipboard [silent|targets-only] TARGET=TEXT ...  -> owning   TEXT has no "=", TIMESTAMP=N
+//                                  gives a 32-bit number; a silent owner answers no request, a
+//                                  targets-only one only those for TARGETS
 //   disown                      -> disowned
 //   clipboard-owner             -> owner ID           0 when nobody owns the clipboard
 //   await-clipboard-owner ID    -> owner NEW          once another window than ID owns it
@@ -256,14 +257,16 @@ private:
     }
 
     void ownClipboard(const std::vector<std::string>& w) {
-        const bool silent = w.size() > 1 && w[1] == "silent";
+        using Answers = ClipboardPeer::Answers;
+        const std::string how = w.size() > 1 ? w[1] : "";
+        const Answers answers = how == "silent" ? Answers::none : how == "targets-only" ? Answers::targetsOnly : Answers::all;
         ClipboardPeer::Targets targets;
-        for (std::size_t i = silent ? 2 : 1; i < w.size(); ++i) {
+        for (std::size_t i = answers == Answers::all ? 1 : 2; i < w.size(); ++i) {
             const std::size_t eq = w[i].rfind('=');
             if (eq == std::string::npos) throw std::invalid_argument("expected TARGET=TEXT, got " + w[i]);
             targets.emplace_back(w[i].substr(0, eq), w[i].substr(eq + 1));
         }
-        if (!clipboard_.own(std::move(targets), silent)) throw std::runtime_error("did not get the clipboard");
+        if (!clipboard_.own(std::move(targets), answers)) throw std::runtime_error("did not get the clipboard");
         say("owning");
     }
 

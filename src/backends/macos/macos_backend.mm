@@ -25,4 +25,7 @@ private:
 
 std::unique_ptr<Backend> makeBackend() { return std::make_unique<MacBackend>(); }
 
+// The pasteboard outlives its writers on macOS: nothing is left to a process of the program's own.
+void runBackendProcessIfStartedAsOne(int, char**) {}
+
 }  // namespace brisko::platform

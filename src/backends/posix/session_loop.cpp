@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
@@ -51,14 +52,15 @@ public:
 
     Wake wait(double timeoutMs) override {
         using Clock = std::chrono::steady_clock;
-        const auto deadline =
-            Clock::now() + std::chrono::microseconds(static_cast<long long>(std::max(0.0, timeoutMs) * 1000.0));
+        const bool unlimited = std::isinf(timeoutMs) && timeoutMs > 0;
+        const auto deadline = Clock::now() + std::chrono::microseconds(static_cast<long long>(
+                                                 unlimited ? 0.0 : std::max(0.0, timeoutMs) * 1000.0));
         for (;;) {
             if (terminateSeen) return Wake::terminateRequested;
             if (posted_.exchange(false)) return Wake::posted;
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
             pollfd fds[2] = {{wakeReadEnd_, POLLIN, 0}, {inputOpen_ ? STDIN_FILENO : -1, POLLIN, 0}};
-            const int ready = ::poll(fds, 2, static_cast<int>(std::max<long long>(0, left)));
+            const int ready = ::poll(fds, 2, unlimited ? -1 : static_cast<int>(std::max<long long>(0, left)));
             if (ready < 0 && errno != EINTR) return Wake::inputEnded;
             if (ready == 0) return Wake::timedOut;
             if (ready < 0) continue;

@@ -7,8 +7,8 @@ Deadline after(std::chrono::milliseconds patience) { return std::chrono::steady_
 
 // The owner writes each piece into the property and waits until the requestor has read and
 // deleted it; an empty piece ends the transfer.
-std::optional<PropertyValue> receiveIncrementally(SelectionConnection& connection, xcb_atom_t property,
-                                                  std::chrono::milliseconds patience) {
+SelectionAnswer receiveIncrementally(SelectionConnection& connection, xcb_atom_t property,
+                                     std::chrono::milliseconds patience) {
     PropertyValue whole;
     for (;;) {
         const Event event = connection.waitFor(
@@ -19,10 +19,10 @@ std::optional<PropertyValue> receiveIncrementally(SelectionConnection& connectio
                        notify.state == XCB_PROPERTY_NEW_VALUE;
             },
             after(patience));
-        if (!event) return std::nullopt;
+        if (!event) return {std::nullopt, !connection.broken()};
         auto piece = connection.readProperty(connection.window(), property, true);
-        if (!piece) return std::nullopt;
-        if (piece->bytes.empty()) return whole;
+        if (!piece) return {};
+        if (piece->bytes.empty()) return {std::move(whole)};
         if (whole.bytes.empty()) {
             whole.type = piece->type;
             whole.format = piece->format;
@@ -33,8 +33,8 @@ std::optional<PropertyValue> receiveIncrementally(SelectionConnection& connectio
 
 }  // namespace
 
-std::optional<PropertyValue> requestSelection(SelectionConnection& connection, xcb_atom_t selection,
-                                              xcb_atom_t target, std::chrono::milliseconds patience) {
+SelectionAnswer requestSelection(SelectionConnection& connection, xcb_atom_t selection, xcb_atom_t target,
+                                 std::chrono::milliseconds patience) {
     const xcb_atom_t property = connection.atom("_BRISKO_SELECTION");
     // An answer to an earlier request that gave up waiting must not pass for this one.
     xcb_delete_property(connection.xcb(), connection.window(), property);
@@ -46,12 +46,12 @@ std::optional<PropertyValue> requestSelection(SelectionConnection& connection, x
             return notify.requestor == connection.window() && notify.selection == selection && notify.target == target;
         },
         after(patience));
-    if (!event) return std::nullopt;
+    if (!event) return {std::nullopt, !connection.broken()};
     const auto& notify = *reinterpret_cast<const xcb_selection_notify_event_t*>(event.get());
-    if (notify.property == XCB_ATOM_NONE) return std::nullopt;
+    if (notify.property == XCB_ATOM_NONE) return {};
     // Reading with delete also tells an incremental sender to start.
     auto value = connection.readProperty(connection.window(), notify.property, true);
-    if (!value || value->type != connection.atom("INCR")) return value;
+    if (!value || value->type != connection.atom("INCR")) return {std::move(value)};
     return receiveIncrementally(connection, notify.property, patience);
 }
 

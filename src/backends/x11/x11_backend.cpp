@@ -1,5 +1,6 @@
 #include "backends/backend.h"
 #include "backends/posix/steady_clock.h"
+#include "backends/x11/clipboard_owner_process.h"
 #include "backends/x11/x11_connection.h"
 #include "backends/x11/x11_event_poster.h"
 #include "backends/x11/x11_pasteboard.h"
@@ -29,5 +30,7 @@ private:
 }  // namespace
 
 std::unique_ptr<Backend> makeBackend() { return std::make_unique<X11Backend>(); }
+
+void runBackendProcessIfStartedAsOne(int argc, char** argv) { x11::serveClipboardIfStartedAsOwner(argc, argv); }
 
 }  // namespace brisko::platform

@@ -40,6 +40,8 @@ bool isDown(const std::array<std::uint8_t, 32>& keys, xcb_keycode_t code) {
 
 bool X11EventPoster::post(const InputEvent& event) {
     if (!connection_.get() || !connection_.hasExtension(xcb_test_id)) return false;
+    KeyState keys = keysDown();
+    xcb_keycode_t ownKey = 0;  // a key the event presses that is also a modifier key
     switch (event.type) {
         case type::mouseMoved:
         case type::leftMouseDragged:
@@ -51,29 +53,40 @@ bool X11EventPoster::post(const InputEvent& event) {
         case type::rightMouseUp:
         case type::otherMouseDown:
         case type::otherMouseUp:
-            postPointer(event);
+            postPointer(event, keys);
             break;
         case type::scrollWheel:
-            postScroll(event);
+            postScroll(event, keys);
             break;
         case type::keyDown:
         case type::keyUp:
-            postKey(event);
-            break;
+            // An X key press carries one keysym, so a whole text is typed on its key-down event,
+            // and its key-up has nothing left to post.
+            if (!event.text.empty()) {
+                if (event.type == type::keyDown) typeText(event.text, event.flags, keys);
+                break;
+            }
+            if (const auto key = keyFor(event.keyCode)) {
+                postKey(event, *key, keys);
+                ownKey = key->code;
+                break;
+            }
+            return false;
         case type::flagsChanged:
-            postFlagsChanged(event);
+            holdModifiers(keys, event.flags, keysymForKeyCode(event.keyCode).value_or(0));
             break;
         default:
             break;
     }
+    holdModifiers(keys, event.flagsAfter, 0, ownKey);
     return connection_.sync();
 }
 
-void X11EventPoster::postPointer(const InputEvent& event) {
+void X11EventPoster::postPointer(const InputEvent& event, KeyState& keys) {
     xcb_connection_t* connection = connection_.get();
     // Asked now, answered while the modifiers are brought to the flags.
     const xcb_query_pointer_cookie_t where = xcb_query_pointer(connection, connection_.root());
-    holdModifiers(event.flags);
+    holdModifiers(keys, event.flags);
     // X delivers a button event where the pointer is, so the pointer goes to the event's point
     // first; a pointer already there is not moved, as a motion to its own place is still reported.
     XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(connection, where, nullptr));
@@ -100,8 +113,8 @@ void X11EventPoster::postPointer(const InputEvent& event) {
     }
 }
 
-void X11EventPoster::postScroll(const InputEvent& event) {
-    holdModifiers(event.flags);
+void X11EventPoster::postScroll(const InputEvent& event, KeyState& keys) {
+    holdModifiers(keys, event.flags);
     if (event.scrollLines == 0) return;
     // One scroll event is one click of the wheel, whatever its line count.
     const std::uint8_t button = event.scrollLines > 0 ? wheelUpButton : wheelDownButton;
@@ -109,45 +122,30 @@ void X11EventPoster::postScroll(const InputEvent& event) {
     fakeInput(XCB_BUTTON_RELEASE, button);
 }
 
-void X11EventPoster::postKey(const InputEvent& event) {
-    if (!event.text.empty()) {
-        // An X key press carries one keysym, so the whole text is typed on the key-down event;
-        // its key-up only restores the modifiers.
-        if (event.type == type::keyDown) typeText(event.text, event.flags);
-        holdModifiers(event.flags);
-        return;
-    }
-    const auto sym = keysymForKeyCode(event.keyCode);
-    const auto key = sym ? keyboard_.keyFor(*sym) : std::nullopt;
-    if (!key) {
-        holdModifiers(event.flags);
-        return;
-    }
+std::optional<X11Keyboard::Key> X11EventPoster::keyFor(KeyCode code) {
+    const auto sym = keysymForKeyCode(code);
+    return sym ? keyboard_.keyFor(*sym) : std::nullopt;
+}
+
+void X11EventPoster::postKey(const InputEvent& event, X11Keyboard::Key key, KeyState& keys) {
     // A keysym at the key's shift level (the keypad's digits while num lock is off) needs shift
     // for the moment of the event.
-    const EventFlags shift = key->shifted ? flag::shift : 0;
-    holdModifiers(event.flags | shift, 0, key->code);
-    fakeInput(event.type == type::keyDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key->code);
-    if (shift && !(event.flags & shift)) holdModifiers(event.flags, 0, key->code);
+    holdModifiers(keys, event.flags | (key.shifted ? flag::shift : 0), 0, key.code);
+    sendKey(keys, key.code, event.type == type::keyDown);
 }
 
-void X11EventPoster::postFlagsChanged(const InputEvent& event) {
-    holdModifiers(event.flags, keysymForKeyCode(event.keyCode).value_or(0));
-}
-
-void X11EventPoster::typeText(const std::u16string& text, EventFlags flags) {
+void X11EventPoster::typeText(const std::u16string& text, EventFlags flags, KeyState& keys) {
     for (const char32_t character : scalarsOfUtf16(text)) {
         const auto key = keyboard_.keyFor(keysymForCharacter(character));
         if (!key) continue;
         // The character arrives as itself: shift only where its key needs it.
-        holdModifiers((flags & ~flag::shift) | (key->shifted ? flag::shift : 0));
-        fakeInput(XCB_KEY_PRESS, key->code);
-        fakeInput(XCB_KEY_RELEASE, key->code);
+        holdModifiers(keys, (flags & ~flag::shift) | (key->shifted ? flag::shift : 0));
+        sendKey(keys, key->code, true);
+        sendKey(keys, key->code, false);
     }
 }
 
-void X11EventPoster::holdModifiers(EventFlags flags, xcb_keysym_t preferred, xcb_keycode_t except) {
-    const KeyState down = keysDown();
+void X11EventPoster::holdModifiers(KeyState& keys, EventFlags flags, xcb_keysym_t preferred, xcb_keycode_t except) {
     for (std::size_t i = 0; i < modifierGroupCount; ++i) {
         const ModifierKeys& group = modifierKeys()[i];
         const X11Keyboard::ModifierKeycodes& codes = keyboard_.modifierKeycodes()[i];
@@ -155,15 +153,15 @@ void X11EventPoster::holdModifiers(EventFlags flags, xcb_keysym_t preferred, xcb
         bool held = false;
         for (const auto* side : {&codes.left, &codes.right}) {
             for (const xcb_keycode_t code : *side) {
-                if (code == except || !isDown(down, code)) continue;
+                if (code == except || !isDown(keys, code)) continue;
                 held = true;
-                if (!wanted) fakeInput(XCB_KEY_RELEASE, code);
+                if (!wanted) sendKey(keys, code, false);
             }
         }
         if (!wanted || held) continue;
         const bool right = (preferred == group.right && !codes.right.empty()) || codes.left.empty();
         const std::vector<xcb_keycode_t>& side = right ? codes.right : codes.left;
-        if (!side.empty() && side.front() != except) fakeInput(XCB_KEY_PRESS, side.front());
+        if (!side.empty() && side.front() != except) sendKey(keys, side.front(), true);
     }
 }
 
@@ -174,6 +172,12 @@ X11EventPoster::KeyState X11EventPoster::keysDown() {
     XcbReply<xcb_query_keymap_reply_t> reply(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
     if (reply) std::copy(std::begin(reply->keys), std::end(reply->keys), keys.begin());
     return keys;
+}
+
+void X11EventPoster::sendKey(KeyState& keys, xcb_keycode_t code, bool down) {
+    fakeInput(down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code);
+    const auto bit = static_cast<std::uint8_t>(1u << (code % 8));
+    keys[code / 8] = static_cast<std::uint8_t>(down ? keys[code / 8] | bit : keys[code / 8] & ~bit);
 }
 
 void X11EventPoster::fakeInput(std::uint8_t eventType, std::uint8_t detail) {

@@ -5,7 +5,7 @@
 
 #include "backends/x11/clipboard_change_count.h"
 #include "backends/x11/clipboard_targets.h"
-#include "backends/x11/detached_selection_owner.h"
+#include "backends/x11/clipboard_owner_process.h"
 #include "backends/x11/selection_request.h"
 
 namespace brisko::platform::x11 {
@@ -13,8 +13,13 @@ namespace {
 
 constexpr std::string_view clipboardSelection = "CLIPBOARD";
 
-// How long an owner may take to answer a request, or to send the next piece of a large one.
-constexpr std::chrono::milliseconds ownerPatience{2000};
+// How long an owner may take to answer a request, or to send the next piece of a large one. An
+// owner that lets it run out is asked nothing more, so a hung application costs a read of the
+// clipboard this long once, whatever it offers.
+constexpr std::chrono::milliseconds ownerPatience{400};
+
+// How long the server may take to stamp a change of the clipboard.
+constexpr std::chrono::milliseconds serverPatience{2000};
 
 xcb_window_t clipboardOwnerWindow(SelectionConnection& connection) {
     const auto cookie = xcb_get_selection_owner(connection.xcb(), connection.atom(clipboardSelection));
@@ -22,10 +27,6 @@ xcb_window_t clipboardOwnerWindow(SelectionConnection& connection) {
     const xcb_window_t owner = reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
     std::free(reply);
     return owner;
-}
-
-std::optional<PropertyValue> requestClipboard(SelectionConnection& connection, std::string_view target) {
-    return requestSelection(connection, connection.atom(clipboardSelection), connection.atom(target), ownerPatience);
 }
 
 template <typename T>
@@ -47,16 +48,27 @@ SelectionConnection* X11Pasteboard::connection() {
     return connection_ && !connection_->broken() ? connection_.get() : nullptr;
 }
 
+std::optional<PropertyValue> X11Pasteboard::ask(SelectionConnection& c, std::string_view target) {
+    const xcb_window_t owner = clipboardOwnerWindow(c);
+    if (owner != owner_.window) owner_ = Owner{owner, {}, false};
+    if (owner == XCB_WINDOW_NONE || owner_.silent) return std::nullopt;
+    SelectionAnswer answer = requestSelection(c, c.atom(clipboardSelection), c.atom(target), ownerPatience);
+    owner_.silent = answer.silent;
+    return std::move(answer.value);
+}
+
 std::vector<std::string> X11Pasteboard::offeredTargets(SelectionConnection& c) {
-    const auto list = requestClipboard(c, "TARGETS");
-    if (!list || list->format != 32) return {};
+    const auto list = ask(c, "TARGETS");
+    // An owner fallen silent still offers what it listed before it did.
+    if (!list || list->format != 32) return owner_.silent ? owner_.targets : std::vector<std::string>{};
     std::vector<xcb_atom_t> atoms(list->bytes.size() / sizeof(xcb_atom_t));
     std::memcpy(atoms.data(), list->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
-    return c.atomNames(atoms);
+    owner_.targets = c.atomNames(atoms);
+    return owner_.targets;
 }
 
 bool X11Pasteboard::concealed(SelectionConnection& c) {
-    const auto hint = requestClipboard(c, passwordHintTarget);
+    const auto hint = ask(c, passwordHintTarget);
     return hint && std::string_view(reinterpret_cast<const char*>(hint->bytes.data()), hint->bytes.size()) == secretHint;
 }
 
@@ -67,7 +79,7 @@ std::int64_t X11Pasteboard::changeCount() {
     // Only an owner that lists TIMESTAMP is asked for it: some owners answer every target with
     // their data.
     if (owner.window != XCB_WINDOW_NONE && contains(offeredTargets(*c), std::string("TIMESTAMP"))) {
-        const auto since = requestClipboard(*c, "TIMESTAMP");
+        const auto since = ask(*c, "TIMESTAMP");
         if (since && since->format == 32 && since->bytes.size() == sizeof owner.since) {
             std::memcpy(&owner.since, since->bytes.data(), sizeof owner.since);
         }
@@ -107,7 +119,7 @@ std::optional<Bytes> X11Pasteboard::data(std::size_t item, const std::string& ty
     SelectionConnection* const c = connection();
     if (!c || known == lastTypes_.end()) return std::nullopt;
     for (const std::string& target : known->targets) {
-        if (auto value = requestClipboard(*c, target)) return std::move(value->bytes);
+        if (auto value = ask(*c, target)) return std::move(value->bytes);
     }
     return std::nullopt;
 }
@@ -117,7 +129,7 @@ void X11Pasteboard::clearContents() {
     lastTypes_.clear();
     SelectionConnection* const c = connection();
     if (!c) return;
-    const auto now = c->serverTime(std::chrono::steady_clock::now() + ownerPatience);
+    const auto now = c->serverTime(std::chrono::steady_clock::now() + serverPatience);
     if (!now) return;
     // Any client may leave a selection without an owner; the owner is told it lost it.
     xcb_set_selection_owner(c->xcb(), XCB_WINDOW_NONE, c->atom(clipboardSelection), *now);
@@ -135,9 +147,7 @@ void X11Pasteboard::setData(const std::string& type, const Bytes& data) {
     for (const auto& [t, d] : written_) {
         for (SelectionOffer& offer : offersFor(t, d)) offers.push_back(std::move(offer));
     }
-    serveFromDetachedProcess(displayName_, clipboardSelection, offers, [](SelectionConnection& owner, xcb_timestamp_t since) {
-        clipboardChangeCount(owner, ClipboardOwner{owner.window(), since});
-    });
+    serveClipboardFromOwnerProcess(displayName_, offers);
 }
 
 void X11Pasteboard::setPlainText(const std::string& utf8) { setData(std::string(plainTextType), Bytes(utf8.begin(), utf8.end())); }

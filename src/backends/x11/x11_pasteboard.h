@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "platform/pasteboard.h"
+#include "backends/x11/selection_connection.h"
 
 namespace brisko::platform::x11 {
 
-class SelectionConnection;
 
 // The general clipboard on X: the CLIPBOARD selection, seen as one item whose types are the
 // owner's targets. What this process puts on it is served by a detached process of its own
-// (see detached_selection_owner.h), so that it stays after this process exits; that holds in
+// (see clipboard_owner_process.h), so that it stays after this process exits; that holds in
 // the long-running modes too, where contents set by the agent should outlive the session.
 class X11Pasteboard final : public Pasteboard {
 public:
@@ -41,13 +41,25 @@ private:
         std::vector<std::string> targets;  // in the owner's order
     };
 
+    // The clipboard's owner as this process has found it: the targets it listed last, and whether
+    // it has fallen silent (let a request go unanswered), after which it is asked nothing more.
+    struct Owner {
+        xcb_window_t window = XCB_WINDOW_NONE;
+        std::vector<std::string> targets;
+        bool silent = false;
+    };
+
     SelectionConnection* connection();
+    // The owner's answer for the target; absent without an owner, when it refuses, and from an
+    // owner that has fallen silent.
+    std::optional<PropertyValue> ask(SelectionConnection& connection, std::string_view target);
     std::vector<std::string> offeredTargets(SelectionConnection& connection);
     bool concealed(SelectionConnection& connection);
 
     std::string displayName_;
     std::unique_ptr<SelectionConnection> connection_;
     bool connectionTried_ = false;
+    Owner owner_;
     // The owner's types at the last look, with the targets that carry each.
     std::vector<TypeTargets> lastTypes_;
     // What this process has set since it last cleared the clipboard, in order.

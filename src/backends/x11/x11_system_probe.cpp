@@ -6,19 +6,11 @@
 
 #include <cmath>
 
-#include "input/key_vocabulary.h"
+#include "backends/x11/x11_modifier_state.h"
 #include "backends/x11/x11_monitors.h"
 
 namespace brisko::platform::x11 {
 namespace {
-
-// The core modifier bits of the keyboard state and the program's flags they stand for, with the
-// usual server modifier map (Mod1 Alt, Mod4 Super).
-constexpr std::pair<std::uint16_t, EventFlags> flagsByModifierMask[] = {
-    {XCB_MOD_MASK_LOCK, flag::capsLock},   {XCB_MOD_MASK_SHIFT, flag::shift},
-    {XCB_MOD_MASK_CONTROL, flag::control}, {XCB_MOD_MASK_1, flag::alternate},
-    {XCB_MOD_MASK_4, flag::command},
-};
 
 // The session keys the status probes read.
 constexpr const char* screenLockedKey = "CGSSessionScreenIsLocked";
@@ -43,11 +35,7 @@ std::uint64_t X11SystemProbe::hidFlags() {
     XcbReply<xcb_query_pointer_reply_t> pointer(
         xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_.root()), nullptr));
     if (!pointer) return 0;
-    EventFlags flags = 0;
-    for (const auto& [mask, bit] : flagsByModifierMask) {
-        if (pointer->mask & mask) flags |= bit;
-    }
-    return flags;
+    return flagsOfModifierState(connection, pointer->mask);
 }
 
 Rect X11SystemProbe::mainDisplayBounds() {
