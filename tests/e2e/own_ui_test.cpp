@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iostream>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -112,9 +111,6 @@ TEST_F(HostScene, PressesAimedAtTheHostAreRefusedAndNothingArrivesAnywhere) {
         EXPECT_EQ(r.err, "brisko-mac-input: " + message + "\n") << args[0];
         expectNothingArrived();
     }
-    // What is not refused arrives, and is seen arriving.
-    ASSERT_EQ(runBrisko({"click", "300", "300"}).status, 0);
-    EXPECT_EQ(linesOf(apps.events(), "press"), std::vector<std::string>{"press editor 1 300 300 none"});
 }
 
 TEST_F(HostScene, AnOpenHostMenuHoldsTheKeyboard) {
@@ -155,57 +151,47 @@ TEST(GuardWithoutXResource, KnowsTheHostByTheClaimedPidAndSaysOnceThatOthersAreU
 }
 
 // Host windows at random under other applications' windows kept above (which take presses) and
-// their docks (which presses pass through), and random presses in one input stream. Clicks raise
-// windows under a window manager, but only among those kept above, which changes no answer.
+// their docks (which presses pass through), and 1,000 random presses in one input stream. Clicks
+// raise windows under a window manager, but only among those kept above, which changes no answer.
 TEST(GuardAtRandom, NoPressReachesAHostWindowAndEveryAllowedPressArrives) {
     testDisplay();
-    WindowClientProcess host, menubar(menubarClientPath()), apps;
+    WindowClientProcess menubar(menubarClientPath()), apps;
     std::mt19937 random(20261123);
     const auto number = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
-    using Rects = std::vector<std::array<int, 4>>;
-    const auto place = [&](Rects& into, int largest) {
-        const int w = number(40, largest), h = number(40, largest);
-        into.push_back({number(0, 1440 - w), number(0, 900 - h), w, h});
-        const auto& r = into.back();
-        return std::to_string(r[0]) + " " + std::to_string(r[1]) + " " + std::to_string(r[2]) + " " + std::to_string(r[3]);
+    std::vector<std::array<int, 4>> hosts, inFront, docks;
+    const auto place = [&](std::vector<std::array<int, 4>>& into, int largest, const std::string& options) {
+        const int w = number(40, largest), h = number(40, largest), x = number(0, 1440 - w), y = number(0, 900 - h);
+        into.push_back({x, y, w, h});
+        return std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(w) + " " + std::to_string(h) +
+               options;
     };
-    Rects hosts, inFront, overlays;
-    for (int i = 0; i < 8; ++i) {
-        const std::string spec = place(hosts, 500);
-        (i % 2 ? host : menubar).map("h" + std::to_string(i), spec + (i % 2 ? " appid=com.brisko.desktop" : ""));
-    }
-    for (int i = 0; i < 5; ++i) apps.map("a" + std::to_string(i), place(inFront, 300) + " above");
-    for (int i = 0; i < 4; ++i) apps.map("d" + std::to_string(i), place(overlays, 300) + " type=dock");
-    const auto within = [](const Rects& rects, int x, int y) {
-        return std::any_of(rects.begin(), rects.end(),
-                           [&](const auto& r) { return x >= r[0] && x < r[0] + r[2] && y >= r[1] && y < r[1] + r[3]; });
+    for (int i = 0; i < 8; ++i) menubar.map("h" + std::to_string(i), place(hosts, 500, ""));
+    for (int i = 0; i < 5; ++i) apps.map("a" + std::to_string(i), place(inFront, 300, " above"));
+    for (int i = 0; i < 4; ++i) apps.map("d" + std::to_string(i), place(docks, 300, " type=dock"));
+    const auto within = [](const std::vector<std::array<int, 4>>& rects, int x, int y) {
+        return std::ranges::any_of(
+            rects, [&](auto r) { return x >= r[0] && x < r[0] + r[2] && y >= r[1] && y < r[1] + r[3]; });
     };
-    std::string input, refusals;
-    std::vector<std::string> arrivals;
-    int refusedCount = 0;
+    std::string input, line;
+    std::vector<std::string> refused, arrived, seenRefused, seenArrived;
     for (int i = 0; i < 1000; ++i) {
         const int x = number(0, 1439), y = number(0, 899);
         const std::string at = std::to_string(x) + " " + std::to_string(y);
         input += "mousedown " + at + " left\nmouseup " + at + " left\n";
-        if (within(hosts, x, y) && !within(inFront, x, y)) {
-            ++refusedCount;
-            refusals += "brisko-mac-input: input-stream: ignoring line 'mousedown " + at + " left': refused a press at (" +
-                        std::to_string(x) + "," + std::to_string(y) + ") on window";
-        } else if (within(inFront, x, y) || within(overlays, x, y)) {
-            arrivals.push_back(at);
-        }
+        if (within(hosts, x, y) && !within(inFront, x, y)) refused.push_back(at);
+        else if (within(inFront, x, y) || within(docks, x, y)) arrived.push_back(at);
     }
-    const ProgramResult r = runBrisko({"input-stream"}, input);
-    std::string refused;  // without the window's number: which host window is the rules' to pick
-    for (std::istringstream lines(r.err); std::getline(lines, input);) refused += input.substr(0, input.find(" on window") + 10);
-    EXPECT_EQ(refused, refusals);
-    std::vector<std::string> pressed;
-    for (const std::string& line : linesOf(apps.events(), "press")) pressed.push_back(words(line)[3] + " " + words(line)[4]);
-    EXPECT_EQ(pressed, arrivals);
-    EXPECT_EQ(host.events(), std::vector<std::string>{});
+    // Which host window a refusal names is the rules' to pick: the point is what counts.
+    for (std::istringstream err(runBrisko({"input-stream"}, input).err); std::getline(err, line);) {
+        const bool isRefusal = line.find("left': refused a press at") != std::string::npos;
+        seenRefused.push_back(isRefusal ? words(line)[5] + " " + words(line)[6] : line);
+    }
+    for (const std::string& press : linesOf(apps.events(), "press")) {
+        seenArrived.push_back(words(press)[3] + " " + words(press)[4]);
+    }
+    EXPECT_EQ(seenRefused, refused);
+    EXPECT_EQ(seenArrived, arrived);
     EXPECT_EQ(menubar.events(), std::vector<std::string>{});
-    std::cout << "1000 presses: " << refusedCount << " refused, " << arrivals.size()
-              << " arrived, the rest on no window\n";
 }
 
 }  // namespace
