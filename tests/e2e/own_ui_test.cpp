@@ -168,9 +168,8 @@ TEST(GuardAtRandom, NoPressReachesAHostWindowAndEveryAllowedPressArrives) {
     for (int i = 0; i < 8; ++i) menubar.map("h" + std::to_string(i), place(hosts, 500, ""));
     for (int i = 0; i < 5; ++i) apps.map("a" + std::to_string(i), place(inFront, 300, " above"));
     for (int i = 0; i < 4; ++i) apps.map("d" + std::to_string(i), place(docks, 300, " type=dock"));
-    const auto within = [](const std::vector<std::array<int, 4>>& rects, int x, int y) {
-        return std::ranges::any_of(
-            rects, [&](auto r) { return x >= r[0] && x < r[0] + r[2] && y >= r[1] && y < r[1] + r[3]; });
+    const auto within = [](const std::vector<std::array<int, 4>>& rs, int x, int y) {
+        return std::ranges::any_of(rs, [&](auto r) { return x >= r[0] && x < r[0] + r[2] && y >= r[1] && y < r[1] + r[3]; });
     };
     std::string input, line;
     std::vector<std::string> refused, arrived, seenRefused, seenArrived;
@@ -186,9 +185,7 @@ TEST(GuardAtRandom, NoPressReachesAHostWindowAndEveryAllowedPressArrives) {
         const bool isRefusal = line.find("left': refused a press at") != std::string::npos;
         seenRefused.push_back(isRefusal ? words(line)[5] + " " + words(line)[6] : line);
     }
-    for (const std::string& press : linesOf(apps.events(), "press")) {
-        seenArrived.push_back(words(press)[3] + " " + words(press)[4]);
-    }
+    for (const std::string& p : linesOf(apps.events(), "press")) seenArrived.push_back(words(p)[3] + " " + words(p)[4]);
     EXPECT_EQ(seenRefused, refused);
     EXPECT_EQ(seenArrived, arrived);
     EXPECT_EQ(menubar.events(), std::vector<std::string>{});

@@ -114,15 +114,14 @@ TEST_F(X11Backend, OwnersAreTheProcessesTheServerKnowsNotWhatWindowsClaim) {
     EXPECT_TRUE(windows.executablePath(client.pid()).value_or("").ends_with("/window_client"));
     EXPECT_EQ(windows.executablePath(-1), std::nullopt);
     // An executable replaced on disk since its process started (the system marks it deleted).
-    const auto copy = std::filesystem::temp_directory_path() / ("brisko-replaced-" + std::to_string(::getpid())) / "menubar";
-    std::filesystem::create_directory(copy.parent_path());
+    const auto copy = std::filesystem::temp_directory_path() / ("brisko-replaced-" + std::to_string(::getpid()));
     std::filesystem::copy_file(menubarClientPath(), copy);
     WindowClientProcess replaced(copy.string());
     replaced.ask("sync", "synced");  // running the copy
     std::filesystem::remove(copy);
     std::filesystem::copy_file(menubarClientPath(), copy);
     EXPECT_EQ(windows.executablePath(replaced.pid()), copy.string());
-    std::filesystem::remove_all(copy.parent_path());
+    std::filesystem::remove(copy);
 }
 
 TEST_F(X11Backend, AlphaAndLayerFollowTheWindowsTypeStateOpacityAndInputShape) {

@@ -10,18 +10,15 @@
 
 namespace brisko::testing {
 
-// A private Xorg server with the dummy video driver, for what Xvfb cannot show: RandR outputs
-// (DUMMY0, DUMMY1, ...) that a test sets with xrandr, and a screen that changes size. Modes
-// 1440x900, 1280x1024 and 1024x768; it starts in the first given, its screen may grow to
-// virtualSize (default: the largest given). Runs on a free display number while the object lives.
+// A private Xorg server on a free display number while the object lives, with the dummy video
+// driver for what Xvfb cannot show: RandR outputs (DUMMY0, ...) set with xrandr, a screen that changes
+// size. Modes 1440x900, 1280x1024, 1024x768, starting in the first given; virtualSize bounds the screen.
 class DummyXorgDisplay {
 public:
-    explicit DummyXorgDisplay(const std::vector<std::string>& modes,
-                              std::optional<std::pair<int, int>> virtualSize = std::nullopt);
+    explicit DummyXorgDisplay(const std::vector<std::string>& modes, std::optional<std::pair<int, int>> virtualSize = {});
     ~DummyXorgDisplay();
 
     const std::string& name() const { return name_; }
-    // xrandr with the arguments, on this display.
     ProgramResult xrandr(const std::vector<std::string>& args) const;
 
 private:
