@@ -108,6 +108,7 @@ TEST(GuardRules, TheKeyboardIsTheHostsWhenItsMenuIsOpenOrItsWindowIsFrontmost) {
         {"transparent host in front", {window(1, hostPid, square, 0, 0), window(2, otherPid)}, other},
         {"transparent host in front of host", {window(1, hostPid, square, 0, 0), window(2, hostPid)}, brisko},
         {"transparent host menu", {window(1, hostPid, square, menuLayer, 0), window(2, otherPid)}, other},
+        {"host menu of no height", {window(1, hostPid, {0, 0, 10, nan}, menuLayer)}, other},
         {"negative size counts by magnitude", {window(1, hostPid, {100, 100, -10, -10})}, brisko},
     };
     fake::FakePlatform platform;
