@@ -37,6 +37,7 @@ ProcessState::ProcessState(platform::Services& platformServices)
           "the menu, not to the app you are typing in."),
       systemOverlayLayer(20),
       popUpMenuLayer(platformServices.windows.popUpMenuLayer()),
+      ownerlessWindowsReported(false),
       captureTileSize(64),
       captureStreamMagic("BCS2"),
       captureStreamVersion(2),

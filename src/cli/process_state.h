@@ -47,6 +47,7 @@ struct ProcessState {
     const std::int64_t systemOverlayLayer;
     const std::int64_t popUpMenuLayer;
     std::map<std::int32_t, bool> briskoOwnerCache;
+    bool ownerlessWindowsReported;
     std::set<std::string> refusedButtons;
     const std::int64_t captureTileSize;
     const std::string captureStreamMagic;

@@ -1,5 +1,7 @@
 #include "ownui/guard_rules.h"
 
+#include <algorithm>
+
 #include "cli/process_state.h"
 
 namespace brisko {
@@ -42,6 +44,21 @@ BriskoKeyboardHold briskoKeyboardHold(const std::vector<platform::ScreenWindow>&
     }
     if (frontNormal == nullptr || !isBrisko(frontNormal->ownerPID)) return BriskoKeyboardHold::other;
     return BriskoKeyboardHold::brisko;
+}
+
+std::vector<platform::ScreenWindow> keyboardOrder(std::vector<platform::ScreenWindow> windows,
+                                                  std::optional<std::uint32_t> focus) {
+    if (!focus) return windows;
+    const auto focused = std::find_if(windows.begin(), windows.end(),
+                                      [&](const platform::ScreenWindow& w) { return w.windowID == *focus; });
+    std::optional<platform::ScreenWindow> front;
+    if (focused != windows.end()) front = *focused;
+    std::erase_if(windows, [](const platform::ScreenWindow& w) { return w.layer == 0; });
+    if (front) {
+        front->layer = 0;
+        windows.insert(windows.begin(), *front);
+    }
+    return windows;
 }
 
 }  // namespace brisko

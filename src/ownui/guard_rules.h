@@ -32,4 +32,11 @@ std::optional<platform::ScreenWindow> briskoWindowAt(platform::Point point,
 BriskoKeyboardHold briskoKeyboardHold(const std::vector<platform::ScreenWindow>& windows,
                                       const HostTest& isBrisko);
 
+// The window list as the keyboard rule reads it where the platform names the window that keys go
+// to (focus): that window in front as the one normal window (layer 0) there is, since keys reach
+// it whatever stands in front of it; every other window keeps its place and layer, for the menus.
+// Without a focus, the stacking order stands as it is.
+std::vector<platform::ScreenWindow> keyboardOrder(std::vector<platform::ScreenWindow> windows,
+                                                  std::optional<std::uint32_t> focus);
+
 }  // namespace brisko

@@ -2,8 +2,10 @@
 
 #include <string_view>
 
+#include "cli/diagnostics.h"
 #include "cli/process_state.h"
 #include "cli/unicode_text.h"
+#include "ownui/guard_rules.h"
 #include "ownui/owner_identity.h"
 
 namespace brisko {
@@ -20,7 +22,18 @@ std::string lastPathComponent(std::string_view path) {
 }  // namespace
 
 std::vector<platform::ScreenWindow> onScreenWindows() {
-    return processState().services.windows.onScreenWindows();
+    ProcessState& state = processState();
+    std::vector<platform::ScreenWindow> windows = state.services.windows.onScreenWindows();
+    if (const std::optional<std::string> why = state.services.windows.ownerlessWindows();
+        why && !state.ownerlessWindowsReported) {
+        state.ownerlessWindowsReported = true;
+        warn("windows whose owner is unknown are not guarded: " + *why);
+    }
+    return windows;
+}
+
+std::vector<platform::ScreenWindow> keyboardWindows(const std::vector<platform::ScreenWindow>& windows) {
+    return keyboardOrder(windows, processState().services.windows.keyboardFocusWindow());
 }
 
 std::optional<std::string> executableName(std::int32_t pid) {

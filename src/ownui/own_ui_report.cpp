@@ -72,7 +72,7 @@ void printOwnUi(std::optional<platform::Point> point) {
     report.excludedPids = briskoExcludingFilter(*display, *listed.content).excludedPids;
     // One snapshot for every question below, so that the answers agree with each other.
     const std::vector<platform::ScreenWindow> windows = onScreenWindows();
-    report.hold = briskoKeyboardHold(windows, pidIsBrisko);
+    report.hold = briskoKeyboardHold(keyboardWindows(windows), pidIsBrisko);
     // Every host window, also those the rules ignore (transparent or empty), for the record.
     for (const platform::ScreenWindow& window : windows) {
         if (pidIsBrisko(window.ownerPID)) report.briskoWindows.push_back(window);

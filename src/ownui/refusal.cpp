@@ -20,7 +20,7 @@ void refuseIfOnBrisko(platform::Point point) {
 
 void refuseIfBriskoFrontmost() {
     // An open host menu is named even when a host panel is frontmost too: it is where keys go.
-    switch (briskoKeyboardHold(onScreenWindows(), pidIsBrisko)) {
+    switch (briskoKeyboardHold(keyboardWindows(onScreenWindows()), pidIsBrisko)) {
         case BriskoKeyboardHold::menu:
             throw InputCommandError("refused a key press: " + processState().briskoMenuOpenRefusal);
         case BriskoKeyboardHold::brisko:

@@ -29,6 +29,13 @@ public:
     virtual std::optional<std::string> bundleIdentifier(std::int32_t pid) = 0;
     // The layer of pop-up menu windows.
     virtual std::int64_t popUpMenuLayer() = 0;
+    // The window that keys go to now, named as onScreenWindows names it (an id it does not list
+    // when keys go to no listed window, 0 when they go nowhere); absent where keys go to the
+    // frontmost normal window, which the stacking order tells.
+    virtual std::optional<std::uint32_t> keyboardFocusWindow() = 0;
+    // Why windows were left out of the last onScreenWindows for want of a known owner; absent when
+    // none were.
+    virtual std::optional<std::string> ownerlessWindows() = 0;
 };
 
 }  // namespace brisko::platform

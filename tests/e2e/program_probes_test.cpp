@@ -1,9 +1,13 @@
 // The probes of the built program on a real X server, on one without XTEST and without any, and
-// what every command that needs the display does without one.
+// what every command that needs the display does without one; the main display of several.
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
+#include "support/capture_stream_process.h"
+#include "support/dummy_xorg_display.h"
+#include "support/png_image.h"
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
 
@@ -111,6 +115,37 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
     const ProgramResult ended = Process(programPath(), {"capture-stream"}, nowhere, Streams::outputOnly).finish();
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.out, preamble);
+}
+
+// Two monitors side by side, the primary one on the right: its top-left corner is where points and
+// window bounds count from, and its size is the display's for every command.
+TEST(MainDisplay, IsThePrimaryMonitorForGeometryPicturesPointsAndTheGuard) {
+    const DummyXorgDisplay server({"1280x1024"}, {{2560, 1024}});
+    ASSERT_EQ(server.xrandr({"--addmode", "DUMMY1", "1024x768"}).status, 0);
+    const ProgramResult monitors = server.xrandr({"--output", "DUMMY0", "--mode", "1280x1024", "--pos", "0x0", "--output",
+                                                  "DUMMY1", "--mode", "1024x768", "--pos", "1280x0", "--primary"});
+    ASSERT_EQ(monitors.status, 0) << monitors.err;
+    const Environment env = {{"DISPLAY", server.name()}};
+    expectOutput({"geometry"}, "1024 768 1024 768\n", env);
+    WindowClientProcess app(windowClientPath(), server.name()), menubar(menubarClientPath(), server.name());
+    app.map("left", "0 0 1280 1024 color=d02010");
+    app.map("main", "1280 0 1024 768 color=10c040");
+    const std::string bar = std::to_string(menubar.map("bar", "1380 100 50 40"));
+    expectOutput({"click", "10", "20"}, "", env);
+    EXPECT_EQ(linesOf(app.events(), "press"), std::vector<std::string>{"press main 1 1290 20 none"});
+    expectOutput({"own-ui", "110", "110"},
+                 "{\"excludedPids\":[" + std::to_string(menubar.pid()) + "],\"briskoWindows\":[{\"id\":" + bar +
+                     ",\"pid\":" + std::to_string(menubar.pid()) + ",\"layer\":0,\"x\":100,\"y\":100,\"w\":50,\"h\":40}],"
+                     "\"briskoFrontmost\":false,\"keyboard\":\"other\",\"refused\":true,\"window\":" + bar + "}\n",
+                 env);
+    const std::string path = (std::filesystem::temp_directory_path() / ("brisko-main-" + server.name().substr(1) + ".png")).string();
+    expectOutput({"screenshot", path}, "", env);
+    const std::optional<RgbaPicture> shot = readPng(path);
+    std::filesystem::remove(path);
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(std::tuple(shot->width, shot->height, shot->rgb(10, 10)), std::tuple(1024u, 768u, 0x10c040u));
+    CaptureStreamProcess stream(server.name());
+    EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1024 && p.height == 768; }));
 }
 
 }  // namespace

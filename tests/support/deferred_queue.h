@@ -19,7 +19,6 @@ public:
             item();
         }
     }
-    std::size_t queued() const { return items_.size(); }
 
 private:
     std::deque<std::function<void()>> items_;

@@ -78,4 +78,6 @@ const XvfbDisplay& testDisplay() {
     return shared.display;
 }
 
+bool testDisplayManaged() { return std::getenv("BRISKO_TEST_WINDOW_MANAGER") != nullptr; }
+
 }  // namespace brisko::testing

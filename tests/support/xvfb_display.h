@@ -35,5 +35,7 @@ private:
 // The test program's display, started on first use and shared by all its suites; DISPLAY names it
 // from then on. Run with BRISKO_TEST_WINDOW_MANAGER=openbox, it is managed by that window manager.
 const XvfbDisplay& testDisplay();
+// Whether a window manager manages the test display (BRISKO_TEST_WINDOW_MANAGER).
+bool testDisplayManaged();
 
 }  // namespace brisko::testing

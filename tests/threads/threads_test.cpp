@@ -10,7 +10,6 @@
 
 #include "capture/capture_stream_output.h"
 #include "capture/record_gate.h"
-#include "capture/worker_pool.h"
 #include "cli/process_state.h"
 #include "fake/fake_platform.h"
 #include "support/capture_records.h"
@@ -88,33 +87,6 @@ TEST_F(InputStreamThreads, APlatformFailureOnThePlayerEndsTheStreamWithStatusTwo
     EXPECT_EQ(platform.streams.err(), "brisko-mac-input: failed to create CGEvent\n");
     EXPECT_EQ(platform.streams.immediateExits, 1) << "no static destructors while the reader runs";
     EXPECT_EQ(eventText(platform.journal), Texts{"keydown 4"});
-}
-
-TEST(WorkerPool, RunsEveryJobOnceNeverTwoAtOnceOnALaneAndPublishesTheirResults) {
-    constexpr std::size_t lanes = 3;
-    WorkerPool pool(lanes);
-    ASSERT_EQ(pool.lanes(), lanes);
-    for (const std::size_t jobs : {0u, 1u, 2u, 7u, 1000u, 3u}) {
-        std::vector<std::atomic<int>> runs(jobs);
-        std::array<std::atomic<bool>, lanes> busy{};
-        std::atomic<bool> overlapped{false}, badLane{false};
-        std::vector<std::size_t> squares(jobs);  // plain memory: run must publish it
-        pool.run(jobs, [&](std::size_t lane, std::size_t job) {
-            if (lane >= lanes) {
-                badLane = true;
-                return;
-            }
-            if (busy[lane].exchange(true)) overlapped = true;
-            runs[job].fetch_add(1);
-            squares[job] = job * job;
-            busy[lane] = false;
-        });
-        for (std::size_t job = 0; job < jobs; ++job) {
-            EXPECT_EQ(runs[job].load(), 1) << "job " << job << " of " << jobs;
-            EXPECT_EQ(squares[job], job * job);
-        }
-        EXPECT_FALSE(overlapped || badLane);
-    }
 }
 
 TEST(CaptureStreamOutputLanes, EveryLaneCountWritesTheSameBytes) {

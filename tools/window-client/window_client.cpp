@@ -7,6 +7,8 @@
 //
 //   map NAME X Y W H [options]  -> mapped NAME ID     options: see window_spec.h; once mapped
 //   unmap NAME                  -> unmapped NAME
+//   focus NAME                  -> focused NAME       takes the keyboard focus, raising nothing
+//   claim NAME                  -> claimed NAME       sets _NET_WM_PID now (see nopid)
 //   paint NAME RRGGBB           -> painted NAME       once the server has painted it
 //   sync                        -> synced             after every event the server sent before
 //   state                       -> state KEYS STATE X Y   keycodes held down (joined by ',' or
@@ -73,12 +75,22 @@ public:
             map(w[1], parseWindowSpec({w.begin() + 2, w.end()}));
         } else if (verb == "unmap" && w.size() == 2) {
             const xcb_window_t id = windowNamed(w[1]);
+            const xcb_window_t frame = topLevelOf(id);
             xcb_unmap_window(connection_, id);
             awaitEvent([&](const xcb_generic_event_t* e) {
                 return (e->response_type & 0x7F) == XCB_UNMAP_NOTIFY &&
                        reinterpret_cast<const xcb_unmap_notify_event_t*>(e)->window == id;
             });
+            awaitViewable(frame, false);
             say("unmapped " + w[1]);
+        } else if (verb == "focus" && w.size() == 2) {
+            xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_POINTER_ROOT, windowNamed(w[1]), XCB_CURRENT_TIME);
+            roundTrip(connection_);
+            say("focused " + w[1]);
+        } else if (verb == "claim" && w.size() == 2) {
+            claimPid(connection_, windowNamed(w[1]));
+            roundTrip(connection_);
+            say("claimed " + w[1]);
         } else if (verb == "paint" && w.size() == 3) {
             paintWindow(connection_, windowNamed(w[1]), color(w[2]));
             roundTrip(connection_);
@@ -194,11 +206,36 @@ private:
             return (e->response_type & 0x7F) == XCB_MAP_NOTIFY &&
                    reinterpret_cast<const xcb_map_notify_event_t*>(e)->window == id;
         });
+        awaitViewable(id, true);
         if (spec.focus) {
             xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
             roundTrip(connection_);
         }
         say("mapped " + name + " " + std::to_string(id));
+    }
+
+    // The window's top-level: itself, or the frame a window manager put it in.
+    xcb_window_t topLevelOf(xcb_window_t w) {
+        for (;;) {
+            xcb_query_tree_reply_t* tree = xcb_query_tree_reply(connection_, xcb_query_tree(connection_, w), nullptr);
+            const xcb_window_t parent = tree ? tree->parent : screen_->root;
+            std::free(tree);
+            if (parent == screen_->root) return w;
+            w = parent;
+        }
+    }
+
+    // A window manager shows and hides its frame a moment after the client maps or unmaps its
+    // window: waits (up to 2 s) until the window is on the screen, or gone from it.
+    void awaitViewable(xcb_window_t w, bool viewable) {
+        for (int tries = 0; tries < 1000; ++tries) {
+            xcb_get_window_attributes_reply_t* attributes =
+                xcb_get_window_attributes_reply(connection_, xcb_get_window_attributes(connection_, w), nullptr);
+            const bool now = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+            std::free(attributes);
+            if (now == viewable) return;
+            ::usleep(2000);
+        }
     }
 
     void setWallpaper(std::uint32_t rgb) {

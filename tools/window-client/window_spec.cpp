@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <stdexcept>
+#include <unistd.h>
 #include <vector>
 
 #include <xcb/shape.h>
@@ -67,6 +68,8 @@ WindowSpec parseWindowSpec(const std::vector<std::string>& words) {
         else if (key == "appid") spec.applicationId = value;
         else if (key == "noinput") spec.noInput = true;
         else if (key == "override") spec.overrideRedirect = true;
+        else if (key == "decorated") spec.decorated = true;
+        else if (key == "nopid") spec.claimsPid = false;
         else if (key == "focus") spec.focus = true;
         else if (key == "border") spec.border = number(value);
         else if (key == "color") spec.color = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
@@ -142,11 +145,26 @@ xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const
         setProperty(c, w, atomNamed(c, "_GTK_APPLICATION_ID"), atomNamed(c, "UTF8_STRING"), 8,
                     static_cast<std::uint32_t>(spec.applicationId.size()), spec.applicationId.data());
     }
+    // WM_NORMAL_HINTS: flags USPosition | USSize, then the (obsolete) place and size fields.
+    const std::uint32_t sizeHints[18] = {1 | 2, std::uint32_t(spec.x), std::uint32_t(spec.y), std::uint32_t(spec.width),
+                                         std::uint32_t(spec.height)};
+    setProperty(c, w, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, 18, sizeHints);
+    if (!spec.decorated) {
+        const std::uint32_t motifHints[5] = {2, 0, 0, 0, 0};  // flags: decorations; decorations: none
+        const xcb_atom_t atom = atomNamed(c, "_MOTIF_WM_HINTS");
+        setProperty(c, w, atom, atom, 32, 5, motifHints);
+    }
+    if (spec.claimsPid) claimPid(c, w);
     if (spec.noInput) {
         xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 0, nullptr);
     }
     xcb_map_window(c, w);
     return w;
+}
+
+void claimPid(xcb_connection_t* connection, xcb_window_t window) {
+    const auto pid = static_cast<std::uint32_t>(::getpid());
+    setProperty(connection, window, atomNamed(connection, "_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &pid);
 }
 
 void paintWindow(xcb_connection_t* connection, xcb_window_t window, std::uint32_t color) {

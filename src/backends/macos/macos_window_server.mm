@@ -61,6 +61,12 @@ public:
     }
 
     std::int64_t popUpMenuLayer() override { return CGWindowLevelForKey(kCGPopUpMenuWindowLevelKey); }
+
+    // Keys go to the frontmost application, whose window the stacking order puts first.
+    std::optional<std::uint32_t> keyboardFocusWindow() override { return std::nullopt; }
+
+    // The window server names the owner of every window it lists.
+    std::optional<std::string> ownerlessWindows() override { return std::nullopt; }
 };
 
 }  // namespace

@@ -1,12 +1,16 @@
 #include "backends/x11/x11_event_poster.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <thread>
 
 #include <xcb/xtest.h>
 
 #include "backends/x11/x11_key_table.h"
+#include "backends/x11/x11_monitors.h"
 #include "cli/unicode_text.h"
 
 namespace brisko::platform::x11 {
@@ -19,6 +23,11 @@ namespace type = event_type;
 std::uint8_t xButton(std::uint32_t button) {
     constexpr std::uint8_t named[] = {1, 3, 2};
     return button < 3 ? named[button] : static_cast<std::uint8_t>(std::min<std::uint32_t>(button + 5, 255));
+}
+
+// The state bit of X buttons 1 to 5; none for the others.
+std::uint16_t buttonMask(std::uint8_t button) {
+    return button >= 1 && button <= 5 ? static_cast<std::uint16_t>(XCB_BUTTON_MASK_1 << (button - 1)) : 0;
 }
 
 constexpr std::uint8_t wheelUpButton = 4;
@@ -89,24 +98,48 @@ void X11EventPoster::postPointer(const InputEvent& event, KeyState& keys) {
     // X delivers a button event where the pointer is, so the pointer goes to the event's point
     // first; a pointer already there is not moved, as a motion to its own place is still reported.
     XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(connection, where, nullptr));
-    const std::int16_t x = coordinate(event.point.x);
-    const std::int16_t y = coordinate(event.point.y);
+    // Points count from the main display's corner.
+    const Rect main = mainDisplayBounds(connection, connection_.screen());
+    const std::int16_t x = coordinate(event.point.x + main.x);
+    const std::int16_t y = coordinate(event.point.y + main.y);
     if (!pointer || !pointer->same_screen || pointer->root_x != x || pointer->root_y != y) {
         xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection_.root(), x, y, XCB_NONE);
     }
+    const std::uint8_t button = xButton(event.button);
+    std::optional<bool> down;  // what the button becomes
     switch (event.type) {
         case type::leftMouseDown:
         case type::rightMouseDown:
         case type::otherMouseDown:
-            fakeInput(XCB_BUTTON_PRESS, xButton(event.button));
+            fakeInput(XCB_BUTTON_PRESS, button);
+            down = true;
             break;
         case type::leftMouseUp:
         case type::rightMouseUp:
         case type::otherMouseUp:
-            fakeInput(XCB_BUTTON_RELEASE, xButton(event.button));
+            fakeInput(XCB_BUTTON_RELEASE, button);
+            down = false;
             break;
         default:
             break;
+    }
+    awaitPointer(x, y, down ? buttonMask(button) : 0, down.value_or(false));
+}
+
+void X11EventPoster::awaitPointer(std::int16_t x, std::int16_t y, std::uint16_t mask, bool down) {
+    // A window manager that takes presses with a synchronous grab (to focus the window clicked)
+    // freezes the pointer until it lets the press go on. Events sent meanwhile wait in the
+    // server's queue and come out of it garbled (a click seen as a drag, a press lost), so the
+    // next event waits until the server has acted on this one, for a moment at most.
+    xcb_connection_t* connection = connection_.get();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(250);
+    for (;;) {
+        const XcbReply<xcb_query_pointer_reply_t> pointer(
+            xcb_query_pointer_reply(connection, xcb_query_pointer(connection, connection_.root()), nullptr));
+        if (!pointer || !pointer->same_screen) return;
+        if (pointer->root_x == x && pointer->root_y == y && ((pointer->mask & mask) != 0) == down) return;
+        if (std::chrono::steady_clock::now() > deadline) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
 

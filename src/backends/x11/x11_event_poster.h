@@ -28,6 +28,8 @@ private:
     using KeyState = std::array<std::uint8_t, 32>;  // one bit per keycode
 
     void postPointer(const InputEvent& event, KeyState& keys);
+    // Returns once the pointer is at (x, y) with the buttons of the mask down (or up).
+    void awaitPointer(std::int16_t x, std::int16_t y, std::uint16_t mask, bool down);
     void postScroll(const InputEvent& event, KeyState& keys);
     // The key that types the key code's keysym; absent when the code has none on the server.
     std::optional<X11Keyboard::Key> keyFor(KeyCode code);

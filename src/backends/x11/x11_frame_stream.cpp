@@ -14,6 +14,7 @@
 #include <xcb/xfixes.h>
 
 #include "capture/frame_pacer.h"
+#include "backends/x11/x11_atoms.h"
 #include "backends/x11/x11_monitors.h"
 
 namespace brisko::platform::x11 {
@@ -109,8 +110,32 @@ void X11FrameStream::watchChanges(xcb_connection_t* connection) {
     const xcb_window_t root = connection_.root();
     // The root's own configuration changes with the screen's size; RandR tells of monitors that
     // move or change their mode within it.
-    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    const std::uint32_t mask =
+        XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection, root, XCB_CW_EVENT_MASK, &mask);
+    // Which process a window belongs to may change without the tree changing: a window manager
+    // marks the client in its frame (WM_STATE) and lists it on the root after decorating it.
+    ownershipAtoms_ =
+        internAtoms(connection, {"WM_STATE", "_NET_WM_PID", "_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"});
+    const XcbReply<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
+    const std::vector<xcb_window_t> topLevels =
+        tree ? std::vector<xcb_window_t>(xcb_query_tree_children(tree.get()),
+                                         xcb_query_tree_children(tree.get()) + xcb_query_tree_children_length(tree.get()))
+             : std::vector<xcb_window_t>{};
+    std::vector<xcb_query_tree_cookie_t> insides;
+    for (const xcb_window_t w : topLevels) {
+        watchProperties(connection, w);
+        insides.push_back(xcb_query_tree(connection, w));
+    }
+    // The clients in the frames there are now; later ones are reparented into theirs.
+    for (const auto cookie : insides) {
+        const XcbReply<xcb_query_tree_reply_t> inside(xcb_query_tree_reply(connection, cookie, nullptr));
+        if (!inside) continue;
+        for (int i = 0; i < xcb_query_tree_children_length(inside.get()); ++i) {
+            watchProperties(connection, xcb_query_tree_children(inside.get())[i]);
+        }
+    }
     if (const auto* randr = extension(connection, xcb_randr_id)) {
         std::free(xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
         randrEvent_ = randr->first_event;
@@ -124,12 +149,7 @@ void X11FrameStream::watchChanges(xcb_connection_t* connection) {
         // event of its own, so that no frame waits for a reply to learn it.
         rootDamage_ = xcb_generate_id(connection);
         xcb_damage_create(connection, rootDamage_, root, XCB_DAMAGE_REPORT_LEVEL_DELTA_RECTANGLES);
-        const XcbReply<xcb_query_tree_reply_t> tree(
-            xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
-        if (tree) {
-            const xcb_window_t* children = xcb_query_tree_children(tree.get());
-            for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) trackWindow(connection, children[i]);
-        }
+        for (const xcb_window_t w : topLevels) trackWindow(connection, w);
     }
     if (const auto* xfixes = extension(connection, xcb_xfixes_id); xfixes && configuration_.showsCursor) {
         xfixesEvent_ = xfixes->first_event;
@@ -144,6 +164,11 @@ std::uint32_t X11FrameStream::trackWindow(xcb_connection_t* connection, xcb_wind
     const std::uint32_t damage = xcb_generate_id(connection);
     xcb_damage_create(connection, damage, window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
     return damage;
+}
+
+void X11FrameStream::watchProperties(xcb_connection_t* connection, xcb_window_t window) {
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(connection, window, XCB_CW_EVENT_MASK, &mask);
 }
 
 void X11FrameStream::run() {
@@ -236,14 +261,31 @@ bool X11FrameStream::handleEvents(xcb_connection_t* connection) {
                     // The composer's own window changes whenever it is read: watching it would
                     // make frames without end.
                     const xcb_window_t created = reinterpret_cast<xcb_create_notify_event_t*>(event)->window;
-                    if (created != composer_->ownWindow()) trackWindow(connection, created);
-                    [[fallthrough]];
+                    if (created != composer_->ownWindow()) {
+                        trackWindow(connection, created);
+                        watchProperties(connection, created);
+                    }
+                    composer_->windowsChanged();
+                    changed = true;
+                    break;
+                }
+                case XCB_REPARENT_NOTIFY:
+                    watchProperties(connection, reinterpret_cast<xcb_reparent_notify_event_t*>(event)->window);
+                    composer_->windowsChanged();
+                    changed = true;
+                    break;
+                case XCB_PROPERTY_NOTIFY: {
+                    const xcb_atom_t atom = reinterpret_cast<xcb_property_notify_event_t*>(event)->atom;
+                    if (std::find(ownershipAtoms_.begin(), ownershipAtoms_.end(), atom) != ownershipAtoms_.end()) {
+                        composer_->windowsChanged();
+                        changed = true;
+                    }
+                    break;
                 }
                 case XCB_DESTROY_NOTIFY:
                 case XCB_MAP_NOTIFY:
                 case XCB_UNMAP_NOTIFY:
                 case XCB_CONFIGURE_NOTIFY:
-                case XCB_REPARENT_NOTIFY:
                 case XCB_CIRCULATE_NOTIFY:
                 case XCB_GRAVITY_NOTIFY:
                     composer_->windowsChanged();

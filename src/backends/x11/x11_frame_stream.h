@@ -21,7 +21,7 @@ namespace brisko::platform::x11 {
 
 // A frame stream of one display of an X server. Its thread sleeps until the server reports a
 // change (DAMAGE on the root and on every top-level window, changes of the window tree, of the
-// cursor's shape, or a moved pointer), then composes a frame at most at the configured pace and
+// properties that say which process owns a window, of the cursor's shape, or a moved pointer), then composes a frame at most at the configured pace and
 // hands it to the output, reading from the server only where the root's damage says it drew; a
 // still screen costs a look at the pointer now and then. A frame is
 // composed and delivered on the same thread, so none ever waits in a queue. The stream has its
@@ -42,6 +42,7 @@ public:
 private:
     void watchChanges(xcb_connection_t* connection);
     std::uint32_t trackWindow(xcb_connection_t* connection, xcb_window_t window);
+    void watchProperties(xcb_connection_t* connection, xcb_window_t window);
     void run();
     // Reads every event the server has sent; true when one of them means the picture may differ.
     bool handleEvents(xcb_connection_t* connection);
@@ -61,6 +62,7 @@ private:
     std::uint8_t damageEvent_ = 0;
     std::uint8_t xfixesEvent_ = 0;
     std::uint8_t randrEvent_ = 0;
+    std::vector<xcb_atom_t> ownershipAtoms_;  // properties whose change may change a window's owner
     bool displayMoved_ = false;  // the screen or a monitor changed: where is the display now?
     bool damage_ = false;
     std::uint32_t rootDamage_ = XCB_NONE;

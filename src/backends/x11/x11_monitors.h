@@ -22,4 +22,8 @@ std::vector<Monitor> monitors(xcb_connection_t* connection, const xcb_screen_t& 
 // The primary monitor, or the first when none is primary. The list must not be empty.
 const Monitor& mainMonitor(const std::vector<Monitor>& monitors);
 
+// Where the main display lies on the screen. The program's points count from its top-left corner:
+// a point plus its corner is a place on the root window.
+Rect mainDisplayBounds(xcb_connection_t* connection, const xcb_screen_t& screen);
+
 }  // namespace brisko::platform::x11

@@ -25,7 +25,8 @@ std::vector<std::uint32_t> cardinalsIn(const xcb_get_property_reply_t* reply) {
     if (!propertyPresent(reply) || reply->format != 32) return {};
     const auto count = static_cast<std::size_t>(xcb_get_property_value_length(reply)) / 4;
     std::vector<std::uint32_t> values(count);
-    std::memcpy(values.data(), xcb_get_property_value(reply), count * 4);
+    // An empty list (a window manager's empty _NET_WM_STATE) has no data to copy from.
+    if (count > 0) std::memcpy(values.data(), xcb_get_property_value(reply), count * 4);
     return values;
 }
 

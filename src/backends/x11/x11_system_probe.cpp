@@ -4,7 +4,10 @@
 #include <xcb/screensaver.h>
 #include <xcb/xtest.h>
 
+#include <cmath>
+
 #include "backends/x11/x11_modifier_state.h"
+#include "backends/x11/x11_monitors.h"
 
 namespace brisko::platform::x11 {
 namespace {
@@ -36,16 +39,19 @@ std::uint64_t X11SystemProbe::hidFlags() {
 }
 
 Rect X11SystemProbe::mainDisplayBounds() {
-    if (!connection_.get()) return {};
-    const xcb_screen_t& screen = connection_.screen();
-    return {0, 0, static_cast<double>(screen.width_in_pixels), static_cast<double>(screen.height_in_pixels)};
+    xcb_connection_t* connection = connection_.get();
+    if (!connection) return {};
+    // The main display's corner is where points count from.
+    const Rect main = x11::mainDisplayBounds(connection, connection_.screen());
+    return {0, 0, main.width, main.height};
 }
 
 std::optional<PixelSize> X11SystemProbe::mainDisplayPixelSize() {
-    if (!connection_.get()) return std::nullopt;
-    // X has no points: a screen's size is its pixel size.
-    const xcb_screen_t& screen = connection_.screen();
-    return PixelSize{screen.width_in_pixels, screen.height_in_pixels};
+    xcb_connection_t* connection = connection_.get();
+    if (!connection) return std::nullopt;
+    // X has no points: a display's size is its pixel size.
+    const Rect main = x11::mainDisplayBounds(connection, connection_.screen());
+    return PixelSize{std::llround(main.width), std::llround(main.height)};
 }
 
 std::optional<std::map<std::string, double>> X11SystemProbe::sessionValues() {

@@ -9,8 +9,8 @@
 namespace brisko::platform::x11 {
 
 // One child of the root window. Under a reparenting window manager the child is the manager's
-// frame and the application's window (the one with WM_STATE) lies inside it; without a manager
-// the two are the same window.
+// frame and the application's window lies inside it (the one with WM_STATE, or before the manager
+// has set that, the one another client created); without a manager the two are the same window.
 struct TopLevelWindow {
     xcb_window_t frame = XCB_NONE;
     xcb_window_t client = XCB_NONE;

@@ -35,9 +35,11 @@ const std::vector<std::pair<std::string_view, WindowKind>>& windowTypeKinds() {
     return kinds;
 }
 
-std::int64_t windowLayer(WindowKind kind, bool keptAbove, bool overrideRedirect, std::int64_t popUpMenuLayer) {
+std::int64_t windowLayer(std::optional<WindowKind> kind, bool keptAbove, bool overrideRedirect,
+                         std::int64_t popUpMenuLayer) {
+    if (!kind) kind = overrideRedirect ? WindowKind::popUpMenu : WindowKind::normal;
     std::int64_t layer = normalLayer;
-    switch (kind) {
+    switch (*kind) {
         case WindowKind::desktop:
         case WindowKind::normal: layer = normalLayer; break;
         case WindowKind::dock: layer = dockLayer; break;

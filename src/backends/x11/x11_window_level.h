@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -17,7 +18,9 @@ const std::vector<std::pair<std::string_view, WindowKind>>& windowTypeKinds();
 // The layer the guard sees a window at, in the window server's numbers: normal 0, kept above 3,
 // docks 20, open menus popUpMenuLayer, notifications, tooltips and drag icons above those.
 // A menu window that the window manager does not manage (override-redirect) is an open menu; a
-// managed one is a torn-off menu, which floats like a window kept above.
-std::int64_t windowLayer(WindowKind kind, bool keptAbove, bool overrideRedirect, std::int64_t popUpMenuLayer);
+// managed one is a torn-off menu, which floats like a window kept above. An override-redirect
+// window of no known type (kind absent) is a pop-up, as toolkits make their menus.
+std::int64_t windowLayer(std::optional<WindowKind> kind, bool keptAbove, bool overrideRedirect,
+                         std::int64_t popUpMenuLayer);
 
 }  // namespace brisko::platform::x11

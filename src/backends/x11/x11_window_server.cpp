@@ -11,6 +11,7 @@
 
 #include "backends/x11/x11_application_ids.h"
 #include "backends/x11/x11_atoms.h"
+#include "backends/x11/x11_monitors.h"
 #include "backends/x11/x11_owner_pids.h"
 #include "backends/x11/x11_property.h"
 #include "backends/x11/x11_connection.h"
@@ -80,6 +81,8 @@ std::vector<X11WindowServer::OwnedWindow> X11WindowServer::ownedWindows(xcb_conn
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (pids[i]) owned.push_back({windows[i], *pids[i]});
     }
+    // Windows of other machines' clients have no local owner on any server; that is not news.
+    unknownOwners_ = owned.size() < windows.size() && !serverKnowsOwners(connection);
     return owned;
 }
 
@@ -90,14 +93,15 @@ std::vector<X11WindowServer::WindowFacts> X11WindowServer::readFacts(xcb_connect
         xcb_get_property_cookie_t types, states, clientOpacity, frameOpacity;
     };
     std::vector<Requests> requests;
-    std::vector<xcb_window_t> inputWindows;  // the client and the frame of each window
+    // The top-level's input region decides: the server looks for a window under a press only
+    // within it, and a window manager's frame takes what its client lets through.
+    std::vector<xcb_window_t> frames;
     for (const auto& [w, pid] : owned) {
         requests.push_back({requestProperty(connection, w.client, a.windowType, XCB_ATOM_ATOM),
                             requestProperty(connection, w.client, a.state, XCB_ATOM_ATOM),
                             requestProperty(connection, w.client, a.opacity, XCB_ATOM_CARDINAL),
                             requestProperty(connection, w.frame, a.opacity, XCB_ATOM_CARDINAL)});
-        inputWindows.push_back(w.client);
-        inputWindows.push_back(w.frame);
+        frames.push_back(w.frame);
     }
     std::vector<WindowFacts> facts;
     for (const auto& r : requests) {
@@ -113,8 +117,8 @@ std::vector<X11WindowServer::WindowFacts> X11WindowServer::readFacts(xcb_connect
         f.opacity = clientOpacity ? clientOpacity : frameOpacity;
         facts.push_back(f);
     }
-    const std::vector<bool> empty = inputRegionsEmpty(connection, inputWindows);
-    for (std::size_t i = 0; i < facts.size(); ++i) facts[i].takesInput = !empty[2 * i] && !empty[2 * i + 1];
+    const std::vector<bool> empty = inputRegionsEmpty(connection, frames);
+    for (std::size_t i = 0; i < facts.size(); ++i) facts[i].takesInput = !empty[i];
     return facts;
 }
 
@@ -122,23 +126,60 @@ std::vector<ScreenWindow> X11WindowServer::onScreenWindows() {
     xcb_connection_t* connection = connection_.get();
     if (!connection) return {};
     const std::vector<OwnedWindow> owned = ownedWindows(connection, Mapped::viewableOnly);
+    ownerless_ = unknownOwners_ ? std::optional<std::string>(
+                                      "the X server has no X-Resource extension, and they set no _NET_WM_PID")
+                                : std::nullopt;
     const std::vector<WindowFacts> facts = readFacts(connection, owned);
+    // Bounds count from the main display's corner, as points do.
+    const Rect main = mainDisplayBounds(connection, connection_.screen());
     std::vector<ScreenWindow> list;
     for (std::size_t i = 0; i < owned.size(); ++i) {
         const auto& [w, pid] = owned[i];
         const WindowFacts& f = facts[i];
         if (f.kind == WindowKind::desktop) continue;  // the desktop is no window of an application
         const std::int64_t layer = windowLayer(f.kind, f.keptAbove, w.overrideRedirect, popUpMenuLayer());
-        list.push_back({w.client, pid, w.bounds, alphaOf(f), layer});
+        const Rect bounds{w.bounds.x - main.x, w.bounds.y - main.y, w.bounds.width, w.bounds.height};
+        list.push_back({w.client, pid, bounds, alphaOf(f), layer});
     }
     return list;
 }
 
+std::optional<std::uint32_t> X11WindowServer::keyboardFocusWindow() {
+    xcb_connection_t* connection = connection_.get();
+    if (!connection) return std::nullopt;
+    const xcb_window_t root = connection_.root();
+    const XcbReply<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    if (!focus || focus->focus == XCB_NONE) return XCB_NONE;
+    xcb_window_t topLevel = focus->focus;
+    if (topLevel == XCB_INPUT_FOCUS_POINTER_ROOT || topLevel == root) {
+        const XcbReply<xcb_query_pointer_reply_t> pointer(
+            xcb_query_pointer_reply(connection, xcb_query_pointer(connection, root), nullptr));
+        if (!pointer || !pointer->same_screen || pointer->child == XCB_NONE) return XCB_NONE;
+        topLevel = pointer->child;
+    }
+    for (;;) {
+        const XcbReply<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(connection, xcb_query_tree(connection, topLevel), nullptr));
+        if (!tree) return XCB_NONE;
+        if (tree->parent == root || tree->parent == XCB_NONE) break;
+        topLevel = tree->parent;
+    }
+    // Named as the inventory names it: the client window in a window manager's frame.
+    for (const TopLevelWindow& w : topLevelWindows(connection, root, atoms(connection).wmState, Mapped::viewableOnly)) {
+        if (w.frame == topLevel) return w.client;
+    }
+    return topLevel;
+}
+
 std::optional<std::string> X11WindowServer::executablePath(std::int32_t pid) {
     std::error_code error;
-    const auto path = std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error);
+    std::string path = std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error).string();
     if (error || path.empty()) return std::nullopt;
-    return path.string();
+    // The kernel marks an executable that was replaced or removed since the process started.
+    constexpr std::string_view deleted = " (deleted)";
+    if (path.ends_with(deleted) && !std::filesystem::exists(path, error)) path.resize(path.size() - deleted.size());
+    return path;
 }
 
 std::optional<std::string> X11WindowServer::bundleIdentifier(std::int32_t pid) {

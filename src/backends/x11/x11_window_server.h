@@ -28,6 +28,10 @@ public:
     std::optional<std::string> bundleIdentifier(std::int32_t pid) override;
     // X has no level of its own for open menus; they are reported at the macOS value.
     std::int64_t popUpMenuLayer() override { return 101; }
+    // The top-level window that holds the input focus, or with the focus on the root (or following
+    // the pointer) the one under the pointer: key events go there or into it.
+    std::optional<std::uint32_t> keyboardFocusWindow() override;
+    std::optional<std::string> ownerlessWindows() override { return ownerless_; }
 
     // Every process that owns a top-level window, mapped or not, once each, in the order of its
     // frontmost window, with the application id it advertises (empty when none).
@@ -35,10 +39,10 @@ public:
 
     // Everything the inventory reads about one window, besides its place and owner.
     struct WindowFacts {
-        WindowKind kind = WindowKind::normal;
+        std::optional<WindowKind> kind;        // absent: no type it knows
         bool keptAbove = false;                // _NET_WM_STATE_ABOVE
         std::optional<std::uint32_t> opacity;  // _NET_WM_WINDOW_OPACITY of the client, else of its frame
-        bool takesInput = true;                // neither the client's nor the frame's input region is empty
+        bool takesInput = true;                // the top-level's input region is not empty
     };
 
 private:
@@ -65,6 +69,8 @@ private:
     X11Connection& connection_;
     std::once_flag interned_;
     Atoms atoms_;
+    bool unknownOwners_ = false;  // the last ownedWindows left some out, the server knowing no owners
+    std::optional<std::string> ownerless_;
 };
 
 }  // namespace brisko::platform::x11
