@@ -99,22 +99,6 @@ std::vector<Bytes> picturesAfterEach() {
     return pictures;
 }
 
-TEST(CaptureDecoder, AppliesEveryRecordInOrder) {
-    const Bytes bytes = stream({first, second});
-    std::istringstream in(std::string(bytes.begin(), bytes.end()));
-    CaptureStreamDecoder decoder;
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> seen;
-    std::vector<Bytes> pictures;
-    decodeCaptureStream(in, decoder, [&](const FrameRecord& r) {
-        seen.emplace_back(r.index, r.offset);
-        EXPECT_EQ(r.length + 4, r.index == 1 ? first.size() : second.size());
-        pictures.push_back(decoder.picture());
-    });
-    EXPECT_EQ(seen, (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{1, 8}, {2, 8 + first.size()}}));
-    EXPECT_EQ(pictures, picturesAfterEach());
-    EXPECT_EQ(decodeError(stream({})), "");  // a stream may hold no records
-}
-
 TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
     const Bytes& whole = first;
     const std::string atSecond = "record 2 at byte " + std::to_string(8 + whole.size()) + ": ";
