@@ -226,33 +226,21 @@ TEST_F(Refusal, EveryKeyCheckTakesAFreshWindowList) {
 
 // The report of own-ui: the host's pids (611 the menu-bar process, 902 the app) and windows, bounds
 // truncated toward zero after negative sizes are made positive; a point is judged on the same list.
-TEST(OwnUiReport, ListsTheHostsWindowsAndWhoHoldsTheKeyboardAndJudgesAPointOnTheSameList) {
-    const std::vector<std::tuple<std::vector<std::string>, std::vector<ScreenWindow>, std::string>> cases = {
-        {{"own-ui"},
-         {window(4000000000u, 902, {-1440.5, -0.7, 360.9, 520.2}, -5), window(15, 902, {200, 300, -50.5, -20}),
-          window(7, 300, {0, 0, 800, 600})},
-         "{\"id\":4000000000,\"pid\":902,\"layer\":-5,\"x\":-1440,\"y\":0,\"w\":360,\"h\":520},"
-         "{\"id\":15,\"pid\":902,\"layer\":0,\"x\":149,\"y\":280,\"w\":50,\"h\":20}],"
-         "\"briskoFrontmost\":true,\"keyboard\":\"brisko\"}\n"},
-        {{"own-ui", "1250", "100"},
-         {window(12, 611, {1200, 0, 200, 300}, menuLayer), window(13, 902, {100, 100, 50, 50}, 0, 0.0),
-          window(7, 300, {0, 0, 800, 600})},
-         "{\"id\":12,\"pid\":611,\"layer\":101,\"x\":1200,\"y\":0,\"w\":200,\"h\":300},"
-         "{\"id\":13,\"pid\":902,\"layer\":0,\"x\":100,\"y\":100,\"w\":50,\"h\":50}],"
-         "\"briskoFrontmost\":false,\"keyboard\":\"menu\",\"refused\":true,\"window\":12}\n"},
-    };
-    for (const auto& [args, windows, listed] : cases) {
-        fake::FakePlatform platform;
-        platform.windows.bundles[902] = "com.brisko.desktop";
-        platform.windows.paths[611] = "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar";
-        platform.capture.content.content = platform::ShareableContent{
-            {{1, 1440, 900}}, {{300, "org.example.editor"}, {902, "com.brisko.desktop"}, {611, ""}}};
-        platform.windows.windows = windows;
-        EXPECT_EQ(platform.run(args), 0);
-        EXPECT_EQ(platform.streams.out() + platform.streams.err(),
-                  "{\"excludedPids\":[611,902],\"briskoWindows\":[" + listed);
-        EXPECT_EQ(platform.windows.windowListQueries, 1);
-    }
+TEST(OwnUiReport, ListsTheHostsWindowsAndJudgesAPointOnTheSameList) {
+    fake::FakePlatform platform;
+    platform.windows.bundles[902] = "com.brisko.desktop";
+    platform.windows.paths[611] = "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar";
+    platform.capture.content.content = platform::ShareableContent{
+        {{1, 1440, 900}}, {{300, "org.example.editor"}, {902, "com.brisko.desktop"}, {611, ""}}};
+    platform.windows.windows = {window(4000000000u, 902, {-1440.5, -0.7, 360.9, 520.2}, -5),
+                                window(15, 611, {200, 300, -50.5, -20}), window(7, 300, {0, 0, 800, 600})};
+    EXPECT_EQ(platform.run({"own-ui", "160", "290"}), 0);
+    EXPECT_EQ(platform.streams.out() + platform.streams.err(),
+              "{\"excludedPids\":[611,902],\"briskoWindows\":["
+              "{\"id\":4000000000,\"pid\":902,\"layer\":-5,\"x\":-1440,\"y\":0,\"w\":360,\"h\":520},"
+              "{\"id\":15,\"pid\":611,\"layer\":0,\"x\":149,\"y\":280,\"w\":50,\"h\":20}],"
+              "\"briskoFrontmost\":true,\"keyboard\":\"brisko\",\"refused\":true,\"window\":15}\n");
+    EXPECT_EQ(platform.windows.windowListQueries, 1);
 }
 
 TEST(OwnUiReport, WithoutADisplayItFailsWithTheReasonAndListsNothing) {
