@@ -77,12 +77,10 @@ public:
         return lookup(bundles, pid);
     }
     std::int64_t popUpMenuLayer() override { return menuLayer; }
-    std::optional<std::uint32_t> keyboardFocusWindow() override { return focus; }
-    std::optional<std::string> ownerlessWindows() override { return ownerless; }
+    std::optional<std::uint32_t> keyboardFocusWindow() override { return std::nullopt; }
+    std::optional<std::string> ownerlessWindows() override { return std::nullopt; }
 
     std::vector<platform::ScreenWindow> windows;
-    std::optional<std::uint32_t> focus;
-    std::optional<std::string> ownerless;
     std::map<std::int32_t, std::string> paths;
     std::map<std::int32_t, std::string> bundles;
     std::int64_t menuLayer = 101;
