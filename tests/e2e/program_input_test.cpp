@@ -2,6 +2,8 @@
 // a real X server: what a window of the window client receives.
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "cli/unicode_text.h"
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
@@ -57,6 +59,11 @@ TEST_F(ProgramInput, PointerCommandsArriveAtTheirPointWithEveryButtonReleased) {
         {{"scroll", "down", "1"}, {"press app 5 360 220 none", "release app 5 360 220 button5"}},
     };
     for (const auto& [args, lines] : cases) EXPECT_EQ(received(args), lines) << args[0] << " " << args[1];
+    // A drag moves with the left button held, one pixel a step here, and lets go at its end.
+    Lines drag = {"motion app 200 150 none", "press app 1 200 150 none"};
+    for (int step = 1; step <= 12; ++step) drag.push_back("motion app " + std::to_string(200 + step) + " 150 button1");
+    drag.push_back("release app 1 212 150 button1");
+    EXPECT_EQ(received({"drag", "200", "150", "212", "150"}), drag);
     expectNothingHeld();
 }
 
@@ -90,6 +97,23 @@ TEST_F(ProgramInput, KeyCombosArriveWithTheirModifiersAndLeaveNothingHeld) {
         EXPECT_EQ(pressedKeys(received({"key", combo})), keys) << combo;
         expectNothingHeld();
     }
+    // Every character key arrives as the keysym of its character; the named keys as theirs.
+    std::vector<std::pair<std::string, unsigned>> keys = {
+        {"escape", 0xff1b}, {"backspace", 0xff08}, {"delete", 0xffff}, {"tab", 0xff09}, {"space", 0x20},
+        {"home", 0xff50}, {"end", 0xff57}, {"pageup", 0xff55}, {"pagedown", 0xff56}, {"right", 0xff53},
+        {"down", 0xff54}, {"up", 0xff52}, {"f1", 0xffbe}, {"f2", 0xffbf}, {"f3", 0xffc0}, {"f4", 0xffc1},
+        {"f6", 0xffc3}, {"f7", 0xffc4}, {"f8", 0xffc5}, {"f9", 0xffc6}, {"f10", 0xffc7}, {"f11", 0xffc8},
+        {"f12", 0xffc9}};
+    for (const char c : std::string("asdfghjklqwertyuiopzxcvbnm1234567890-=[];'\\,./`")) keys.push_back({{c}, unsigned(c)});
+    Lines expected, arrived;
+    for (const auto& [name, keysym] : keys) {
+        std::ostringstream hex;
+        hex << "0x" << std::hex << keysym << " none";
+        expected.push_back(hex.str());
+        const Lines pressed = pressedKeys(received({"key", name}));
+        arrived.insert(arrived.end(), pressed.begin(), pressed.end());
+    }
+    EXPECT_EQ(arrived, expected);
 }
 
 TEST_F(ProgramInput, ModifierKeysPressTheirSideAndFlagsHoldAcrossTheStreamsCommands) {
