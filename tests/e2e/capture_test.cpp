@@ -11,7 +11,6 @@
 #include <xcb/xcb.h>
 
 #include "support/capture_stream_process.h"
-#include "support/dummy_xorg_display.h"
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
 

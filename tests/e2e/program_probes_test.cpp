@@ -6,7 +6,6 @@
 #include <tuple>
 
 #include "support/capture_stream_process.h"
-#include "support/dummy_xorg_display.h"
 #include "support/png_image.h"
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
