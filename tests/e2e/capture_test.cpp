@@ -17,17 +17,12 @@
 namespace brisko::testing {
 namespace {
 
-
-constexpr std::uint32_t wallpaper = 0x203040;
 constexpr std::uint32_t red = 0xd02010;
 constexpr std::uint32_t green = 0x10c040;
 constexpr std::uint32_t hostBlue = 0x2040ff;
 
 struct Box {
     int x, y, width, height;
-    bool contains(std::uint32_t px, std::uint32_t py) const {
-        return int(px) >= x && int(px) < x + width && int(py) >= y && int(py) < y + height;
-    }
     std::string spec(std::uint32_t color) const {
         char hex[8];
         std::snprintf(hex, sizeof hex, "%06x", color);
