@@ -6,7 +6,6 @@
 #include <tuple>
 
 #include "support/capture_stream_process.h"
-#include "support/dummy_xorg_display.h"
 #include "support/png_image.h"
 #include "support/window_client_process.h"
 #include "support/xvfb_display.h"
@@ -143,7 +142,13 @@ TEST(MainDisplay, IsThePrimaryMonitorForGeometryPicturesPointsAndTheGuard) {
     const std::optional<RgbaPicture> shot = readPng(path);
     std::filesystem::remove(path);
     ASSERT_TRUE(shot);
-    EXPECT_EQ(std::tuple(shot->width, shot->height, shot->rgb(10, 10)), std::tuple(1024u, 768u, 0x10c040u));
+    // The main window everywhere: the host's bar is left out, and no cursor is drawn where it clicked.
+    EXPECT_EQ(std::tuple(shot->width, shot->height), std::tuple(1024u, 768u));
+    std::size_t others = 0;
+    for (std::uint32_t i = 0; i < shot->width * shot->height; ++i) {
+        others += shot->rgb(i % shot->width, i / shot->width) != 0x10c040u;
+    }
+    EXPECT_EQ(others, 0u);
     CaptureStreamProcess stream(server.name());
     EXPECT_TRUE(stream.waitForPicture([](const RgbaPicture& p) { return p.width == 1024 && p.height == 768; }));
 }

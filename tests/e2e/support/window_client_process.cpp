@@ -51,19 +51,6 @@ std::vector<std::string> WindowClientProcess::events() {
     return std::exchange(received_, {});
 }
 
-std::string WindowClientProcess::waitFor(const std::string& prefix, std::chrono::milliseconds timeout) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    for (std::size_t next = 0;; ++next) {
-        if (next == received_.size()) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-            auto line = process_.readLine(std::max(left, std::chrono::milliseconds(0)));
-            if (!line) throw std::runtime_error("the window client received no '" + prefix + "'");
-            received_.push_back(std::move(*line));
-        }
-        if (received_[next].starts_with(prefix)) return received_[next];
-    }
-}
-
 HeldState WindowClientProcess::held() {
     const std::vector<std::string> w = words(ask("state", "state"));
     if (w.size() != 5) throw std::runtime_error("unexpected state line");

@@ -39,9 +39,6 @@ public:
     // The event lines received since the last call, after a round trip through the server: call
     // it once the program that posted the input has ended.
     std::vector<std::string> events();
-    // Waits for an event line that starts with prefix (it stays for events()) and returns it;
-    // throws when none comes in time.
-    std::string waitFor(const std::string& prefix, std::chrono::milliseconds timeout = 10s);
     HeldState held();
 
 private:
