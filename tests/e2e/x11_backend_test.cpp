@@ -95,8 +95,14 @@ TEST_F(X11Backend, AlphaAndLayerFollowTheWindowsTypeStateOpacityAndInputShape) {
         {"noinput opacity=1", testDisplayManaged() ? 1.0 : 0.0, 0},
         {"above", 1, 3},
         {"type=dock above", 1, 20},
+        {"type=dialog", 1, 0},
+        {"type=menu", 1, 3},  // a torn-off menu floats
         {"type=popup_menu", 1, 101},
+        {"type=dropdown_menu", 1, 101},
+        {"type=combo", 1, 101},
         {"type=menu override", 1, 101},
+        {"type=notification", 1, 102},
+        {"type=dnd", 1, 500},
         {"override", 1, 101},  // a pop-up of no known type
         {"type=tooltip override", 1, 200},
         {"type=desktop", 1, std::nullopt},
