@@ -13,7 +13,4 @@ public:
     virtual void exitZeroOnTerminate() = 0;
 };
 
-// The signals of this process.
-ProcessSignals& systemSignals();
-
 }  // namespace brisko::platform

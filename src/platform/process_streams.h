@@ -22,7 +22,4 @@ public:
     [[noreturn]] virtual void exitImmediately(int status) = 0;
 };
 
-// The real standard streams of this process.
-ProcessStreams& systemStreams();
-
 }  // namespace brisko::platform

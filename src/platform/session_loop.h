@@ -20,7 +20,4 @@ public:
     virtual void post() = 0;
 };
 
-// The standard input and signals of this process.
-SessionLoop& systemSessionLoop();
-
 }  // namespace brisko::platform

@@ -1,5 +1,6 @@
 #include "backends/backend.h"
 #include "backends/macos/macos_services.h"
+#include "backends/posix/posix_services.h"
 #include "backends/posix/steady_clock.h"
 
 namespace brisko::platform {

@@ -1,4 +1,4 @@
-#include "platform/process_signals.h"
+#include "backends/posix/posix_services.h"
 
 #include <csignal>
 #include <unistd.h>

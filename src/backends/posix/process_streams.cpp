@@ -1,4 +1,4 @@
-#include "platform/process_streams.h"
+#include "backends/posix/posix_services.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "platform/session_loop.h"
+#include "backends/posix/posix_services.h"
 
 #include <algorithm>
 #include <atomic>

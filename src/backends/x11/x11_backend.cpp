@@ -1,4 +1,5 @@
 #include "backends/backend.h"
+#include "backends/posix/posix_services.h"
 #include "backends/posix/steady_clock.h"
 #include "backends/x11/clipboard_owner_process.h"
 #include "backends/x11/x11_connection.h"
