@@ -5,6 +5,7 @@
 namespace brisko {
 namespace {
 
+// Only a first argument of --prompt asks for permissions.
 TEST(Probes, PrintWhatTheProbeReports) {
     using Values = std::map<std::string, double>;
     struct Case {
@@ -12,6 +13,7 @@ TEST(Probes, PrintWhatTheProbeReports) {
         void (*setUp)(fake::FakeProbe&);
         std::vector<std::string> args;
         std::string out;
+        int permissionRequests = 0;
     };
     const std::vector<Case> cases = {
         {"bits that are no modifier", [](fake::FakeProbe& p) { p.hid = 0x100; }, {"check-flags", "x"},
@@ -35,6 +37,12 @@ TEST(Probes, PrintWhatTheProbeReports) {
         {"zero values",
          [](fake::FakeProbe& p) { p.session = Values{{"CGSSessionScreenIsLocked", 0}, {"kCGSSessionOnConsoleKey", 2}}; },
          {"session"}, R"({"locked":false,"displayAsleep":false,"console":true,"loggedIn":true})"},
+        {"no prompt", [](fake::FakeProbe&) {}, {"check"}, "screen=1 input=1"},
+        {"prompt", [](fake::FakeProbe&) {}, {"check", "--prompt"}, "screen=1 input=1", 1},
+        {"prompt and more", [](fake::FakeProbe& p) { p.input = false; }, {"check", "--prompt", "extra"},
+         "screen=1 input=0", 1},
+        {"prompt second", [](fake::FakeProbe&) {}, {"check", "extra", "--prompt"}, "screen=1 input=1"},
+        {"another spelling", [](fake::FakeProbe& p) { p.screen = false; }, {"check", "--Prompt"}, "screen=0 input=1"},
     };
     for (const auto& c : cases) {
         fake::FakePlatform platform;
@@ -42,21 +50,7 @@ TEST(Probes, PrintWhatTheProbeReports) {
         EXPECT_EQ(platform.run(c.args), 0) << c.name;
         EXPECT_EQ(platform.streams.out(), c.out + "\n") << c.name;
         EXPECT_EQ(platform.streams.err(), "") << c.name;
-    }
-}
-
-TEST(Probes, OnlyAFirstArgumentOfPromptAsksForPermissions) {
-    const std::vector<std::pair<std::vector<std::string>, int>> cases = {
-        {{"check"}, 0},
-        {{"check", "--prompt"}, 1},
-        {{"check", "--prompt", "extra"}, 1},
-        {{"check", "extra", "--prompt"}, 0},
-        {{"check", "--Prompt"}, 0},
-    };
-    for (const auto& [args, requests] : cases) {
-        fake::FakePlatform platform;
-        EXPECT_EQ(platform.run(args), 0);
-        EXPECT_EQ(platform.probe.permissionRequests, requests) << args.size();
+        EXPECT_EQ(platform.probe.permissionRequests, c.permissionRequests) << c.name;
     }
 }
 
