@@ -51,10 +51,10 @@ std::vector<std::string> WindowClientProcess::events() {
     return std::exchange(received_, {});
 }
 
-HeldState WindowClientProcess::held() {
+std::string WindowClientProcess::held() {
     const std::vector<std::string> w = words(ask("state", "state"));
     if (w.size() != 5) throw std::runtime_error("unexpected state line");
-    return {w[1], w[2], std::stoi(w[3]), std::stoi(w[4])};
+    return w[1] + " " + w[2];
 }
 
 std::vector<std::string> words(const std::string& line) {

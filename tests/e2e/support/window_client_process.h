@@ -13,14 +13,6 @@ namespace brisko::testing {
 const std::string& windowClientPath();
 const std::string& menubarClientPath();
 
-// What the server holds down right now, as the client sees it.
-struct HeldState {
-    std::string keys;   // keycodes joined by ',', or "none"
-    std::string state;  // modifier and button names joined by '+', or "none"
-    int x = 0;
-    int y = 0;
-};
-
 // A running window client on the test's display (or on the one given): it maps windows on
 // request and reports the input they receive.
 class WindowClientProcess {
@@ -39,7 +31,9 @@ public:
     // The event lines received since the last call, after a round trip through the server: call
     // it once the program that posted the input has ended.
     std::vector<std::string> events();
-    HeldState held();
+    // What the server holds down right now, as the client sees it: "KEYS STATE", the keycodes
+    // joined by ',' and the modifier and button names joined by '+', each "none" when empty.
+    std::string held();
 
 private:
     Process process_;
