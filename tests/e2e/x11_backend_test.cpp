@@ -8,6 +8,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <tuple>
 #include <unistd.h>
 
 #include <xcb/xcb.h>
@@ -181,23 +182,17 @@ TEST_F(X11Backend, TheWindowTreeGivesViewableClientsWithTheFramesBoundsAndTheSer
 
     const auto list = listed({direct, nested, menu, late, frame, outer, wrapper, popup, decoratedEarly, panel, bordered,
                               hidden, inputOnly});
-    ASSERT_EQ(list.size(), 6u);
-    EXPECT_EQ(list[0].windowID, panel);
-    EXPECT_EQ(list[0].ownerPID, ::getpid());
-    EXPECT_EQ(list[1].windowID, late);
-    EXPECT_EQ(list[1].ownerPID, client.pid());
-    EXPECT_EQ(list[1].bounds, (Rect{700, 300, 70, 80}));
-    EXPECT_EQ(list[2].windowID, menu);
+    // Front to back: each window's id, owner and bounds.
+    const std::vector<std::tuple<std::uint32_t, pid_t, Rect>> expected = {
+        {panel, ::getpid(), {0, 0, 1440, 24}},        {late, client.pid(), {700, 300, 70, 80}},
+        {menu, client.pid(), {300, 300, 100, 100}},   {nested, client.pid(), {-40, 500, 240, 160}},
+        {direct, client.pid(), {200, 150, 402, 302}}, {bordered, client.pid(), {-50, 300, 126, 86}}};
+    ASSERT_EQ(list.size(), expected.size());
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        EXPECT_EQ(std::tuple(list[i].windowID, list[i].ownerPID, list[i].bounds), expected[i]) << "window " << i;
+    }
     EXPECT_EQ(list[2].layer, 101);
     EXPECT_NEAR(list[2].alpha, 0.25, 1e-6);
-    EXPECT_EQ(list[3].windowID, nested);
-    EXPECT_EQ(list[3].ownerPID, client.pid());
-    EXPECT_EQ(list[3].bounds, (Rect{-40, 500, 240, 160}));
-    EXPECT_EQ(list[4].windowID, direct);
-    EXPECT_EQ(list[4].bounds, (Rect{200, 150, 402, 302}));
-    EXPECT_EQ(list[4].ownerPID, client.pid());
-    EXPECT_EQ(list[5].windowID, bordered);
-    EXPECT_EQ(list[5].bounds, (Rect{-50, 300, 126, 86}));
 }
 
 // When each frame of a stream came.
