@@ -17,6 +17,7 @@ namespace {
 const std::string ownPanel =
     "That's Brisko's own panel; it's for the person, not for you. Carry on with your task \u2014 the person "
     "answers it.";
+const std::string refusedKey = "refused a key press while Brisko is frontmost: " + ownPanel;
 
 std::string refusedPress(int x, int y, std::uint32_t window) {
     return "refused a press at (" + std::to_string(x) + "," + std::to_string(y) + ") on window " +
@@ -95,7 +96,6 @@ TEST_F(HostScene, OwnUiReportsTheHostWindowsTheKeyboardAndWhichPressesWouldBeRef
 }
 
 TEST_F(HostScene, PressesAimedAtTheHostAreRefusedAndNothingArrivesAnywhere) {
-    const std::string refusedKey = "refused a key press while Brisko is frontmost: " + ownPanel;
     const std::vector<std::tuple<std::vector<std::string>, std::string, std::string>> refused = {
         {{"click", "1000", "200"}, "", refusedPress(1000, 200, panel)},
         {{"doubleclick", "650", "650"}, "", refusedPress(650, 650, ghost)},
@@ -125,13 +125,12 @@ TEST_F(HostScene, AnOpenHostMenuHoldsTheKeyboard) {
 }
 
 TEST_F(HostScene, KeysGoWhereTheInputFocusIsWhateverStandsInFront) {
-    const std::string refusedKey = "brisko-mac-input: refused a key press while Brisko is frontmost: " + ownPanel + "\n";
     apps.ask("focus editor", "focused");  // behind the host's windows
     EXPECT_EQ(runBrisko({"key", "a"}).err, "");
     EXPECT_EQ(linesOf(apps.events(), "keypress").size(), 1u);
     apps.map("front", "850 20 500 600");  // another application's window over the host's panel
     host.ask("focus panel", "focused");
-    EXPECT_EQ(runBrisko({"key", "a"}).err, refusedKey);
+    EXPECT_EQ(runBrisko({"key", "a"}).err, "brisko-mac-input: " + refusedKey + "\n");
     expectNothingArrived();
 }
 
