@@ -305,23 +305,21 @@ TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
     }
 }
 
-TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeys) {
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", "[]"},
-        {"hi\n", R"(["h","i",{"key":"return"}])"},
-        {"a\n\rb", R"(["a",{"key":"return"},{"key":"return"},"b"])"},
-        {"\r\r\n/", R"([{"key":"return"},{"key":"return"},"\/"])"},
-        {"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7x\x01", "[\"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7\",\"x\",\"\\u0001\"]"},
-        {"\xE6\x97\xA5\xE6\x9C\xAC  ", "[\"\xE6\x97\xA5\",\"\xE6\x9C\xAC\",\" \",\" \"]"},
+TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeysAndChordsAreSplit) {
+    const std::vector<std::pair<Line, std::string>> cases = {
+        {{"plan-type", ""}, "[]"},
+        {{"plan-type", "hi\n"}, R"(["h","i",{"key":"return"}])"},
+        {{"plan-type", "a\n\rb"}, R"(["a",{"key":"return"},{"key":"return"},"b"])"},
+        {{"plan-type", "\r\r\n/"}, R"([{"key":"return"},{"key":"return"},"\/"])"},
+        {{"plan-type", "\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7x\x01"}, "[\"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7\",\"x\",\"\\u0001\"]"},
+        {{"plan-type", "\xE6\x97\xA5\xE6\x9C\xAC  "}, "[\"\xE6\x97\xA5\",\"\xE6\x9C\xAC\",\" \",\" \"]"},
+        {{"parse-chord", "ctrl+\"+\\/"}, "[\"ctrl\",\"\\\"\",\"\\\\\\/\"]"},
     };
-    for (const auto& [text, plan] : cases) {
+    for (const auto& [line, out] : cases) {
         fake::FakePlatform fresh;
-        EXPECT_EQ(fresh.run({"plan-type", text}), 0);
-        EXPECT_EQ(fresh.streams.out(), plan + "\n") << text;
+        EXPECT_EQ(fresh.run(line), 0);
+        EXPECT_EQ(fresh.streams.out(), out + "\n") << line[1];
     }
-    fake::FakePlatform platform;
-    EXPECT_EQ(platform.run({"parse-chord", "ctrl+\"+\\/"}), 0);
-    EXPECT_EQ(platform.streams.out(), "[\"ctrl\",\"\\\"\",\"\\\\\\/\"]\n");
 }
 
 TEST(CommandArguments, NumbersAreReadWholeAndInRange) {
