@@ -3,18 +3,14 @@
 namespace brisko::testing {
 
 void FedInput::feed(const std::string& text) {
-    {
-        std::lock_guard guard(lock_);
-        pending_ += text;
-    }
+    std::lock_guard guard(lock_);
+    pending_ += text;
     changed_.notify_all();
 }
 
 void FedInput::close() {
-    {
-        std::lock_guard guard(lock_);
-        closed_ = true;
-    }
+    std::lock_guard guard(lock_);
+    closed_ = true;
     changed_.notify_all();
 }
 

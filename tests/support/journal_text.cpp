@@ -34,6 +34,14 @@ Kind kindOf(std::uint32_t type) {
     return found == kinds.end() ? Kind{"unknown", 0} : found->second;
 }
 
+// One line per entry: happenings or events.
+template <typename Entries>
+std::vector<std::string> linesOf(const Entries& entries) {
+    std::vector<std::string> lines;
+    for (const auto& entry : entries) lines.push_back(journalText(entry));
+    return lines;
+}
+
 }  // namespace
 
 std::string journalText(const fake::Happening& happening) {
@@ -60,16 +68,8 @@ std::string journalText(const fake::Happening& happening) {
     return text.str() + flagNames(event.flags);
 }
 
-std::vector<std::string> journalText(const fake::Journal& journal) {
-    std::vector<std::string> lines;
-    for (const auto& happening : journal.all()) lines.push_back(journalText(happening));
-    return lines;
-}
+std::vector<std::string> journalText(const fake::Journal& journal) { return linesOf(journal.all()); }
 
-std::vector<std::string> eventText(const fake::Journal& journal) {
-    std::vector<std::string> lines;
-    for (const auto& event : journal.events()) lines.push_back(journalText(event));
-    return lines;
-}
+std::vector<std::string> eventText(const fake::Journal& journal) { return linesOf(journal.events()); }
 
 }  // namespace brisko::testing
