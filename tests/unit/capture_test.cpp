@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 #include <unistd.h>
 
 #include "capture/capture_stream_output.h"
@@ -249,8 +250,7 @@ TEST_F(CaptureSession, ItStreamsTheMainDisplayInPointsWithTheHostLeftOutUntilThe
     EXPECT_TRUE(log.started && platform.sessionLoop.opened && platform.signals.brokenPipeIgnored);
     EXPECT_EQ(log.filter.display.displayID, 5u);
     EXPECT_EQ(log.filter.excludedPids, std::vector<std::int32_t>{panelPid});
-    EXPECT_EQ(log.configuration.size.width, 1440);
-    EXPECT_EQ(log.configuration.size.height, 900);
+    EXPECT_EQ(std::tuple(log.configuration.size.width, log.configuration.size.height), std::tuple(1440LL, 900LL));
     EXPECT_DOUBLE_EQ(log.configuration.minimumFrameIntervalSeconds, 1.0 / 15.0);
     EXPECT_TRUE(log.configuration.showsCursor);
     std::istringstream in(platform.streams.out());
@@ -363,8 +363,7 @@ TEST_F(Screenshot, WritesTheMainDisplayAtItsPixelSizeWithoutCursorOrHostReplacin
     const fake::FakeImageRequest& request = platform.capture.imageRequests[0];
     EXPECT_EQ(request.filter.display.displayID, 2u);
     EXPECT_EQ(request.filter.excludedPids, std::vector<std::int32_t>{panelPid});
-    EXPECT_EQ(request.size.width, 6);
-    EXPECT_EQ(request.size.height, 4);
+    EXPECT_EQ(std::tuple(request.size.width, request.size.height), std::tuple(6LL, 4LL));
     EXPECT_FALSE(request.showsCursor);
     const auto png = testing::readPng(path);  // its pixels are seen end to end
     EXPECT_TRUE(png && png->width == 6 && png->height == 4);
