@@ -227,11 +227,6 @@ protected:
     void deliver(const BgraImage& image, platform::FrameStatus status = 0) {
         then([this, &image, status] { stream().output->didOutputFrame(image.view(), status); });
     }
-    std::vector<std::vector<std::int32_t>> updates() {
-        std::vector<std::vector<std::int32_t>> pids;
-        for (const auto& filter : stream().updates) pids.push_back(filter.excludedPids);
-        return pids;
-    }
 
     fake::FakePlatform platform;
 };
@@ -262,12 +257,11 @@ TEST_F(CaptureSession, ItStreamsTheMainDisplayInPointsWithTheHostLeftOutUntilThe
 }
 
 TEST_F(CaptureSession, FailuresAfterThePreambleEndItWithTwoAndItsOwnEndsWithZero) {
-    const std::string listed = "ScreenCaptureKit could not list displays ({}). Is Screen Recording granted in System "
-                               "Settings \u2192 Privacy & Security \u2192 Screen Recording?";
-    const auto listing = [&](const std::string& reason) { return std::string(listed).replace(listed.find("{}"), 2, reason); };
     const BgraImage frame = noiseImage(64, 64, 1);
     const std::vector<std::tuple<std::string, std::function<void(fake::FakePlatform&)>, int, std::string>> cases = {
-        {"no reason", [](auto& p) { p.capture.content = {std::nullopt, std::nullopt}; }, 2, listing("unknown error")},
+        {"no reason", [](auto& p) { p.capture.content = {std::nullopt, std::nullopt}; }, 2,
+         "ScreenCaptureKit could not list displays (unknown error). Is Screen Recording granted in System Settings "
+         "\u2192 Privacy & Security \u2192 Screen Recording?"},
         {"no display", [](auto& p) { p.capture.content.content->displays.clear(); }, 2,
          "ScreenCaptureKit reported no displays to capture"},
         {"output refused", [](auto& p) { p.capture.outputError = "no room"; }, 2,
@@ -323,7 +317,9 @@ TEST_F(CaptureSession, TheExclusionIsReplacedWhenTheHostsPidsChangeAtEachRefresh
     then([&] { content->displays.push_back({5, 1440, 900}); });   // back: one update
     then([] {});  // the same pids after a failed update: not tried again
     EXPECT_EQ(platform.run({"capture-stream"}), 0);
-    EXPECT_EQ(updates(), (std::vector<std::vector<std::int32_t>>{{menuBarPid, panelPid},
+    std::vector<std::vector<std::int32_t>> updates;  // the pids left out by each
+    for (const auto& filter : stream().updates) updates.push_back(filter.excludedPids);
+    EXPECT_EQ(updates, (std::vector<std::vector<std::int32_t>>{{menuBarPid, panelPid},
                                                                   {menuBarPid, menuBarPid, panelPid},
                                                                   {menuBarPid, menuBarPid},
                                                                   {menuBarPid}}));
