@@ -27,12 +27,6 @@ std::string randomBytes(std::size_t size, unsigned seed) {
     return out;
 }
 
-std::string repeated(const std::string& piece, std::size_t atLeast) {
-    std::string text;
-    while (text.size() < atLeast) text += piece;
-    return text;
-}
-
 // The processes of the program that serve the clipboard: children of this process once adopted.
 std::vector<pid_t> servingProcesses() {
     std::vector<pid_t> found;
@@ -150,7 +144,8 @@ TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTargetUntilReplacedOr
 }
 
 TEST_F(Clipboard, LargeTextIsServedIncrementallyAndOutlivesTheInputStreamThatSetIt) {
-    const std::string text = repeated("stream \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\n", 2 << 20);
+    std::string text;
+    while (text.size() < (2 << 20)) text += "stream \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\n";
     const ProgramResult r = runBrisko({"input-stream"}, "set-clipboard " + base64(text) + "\n");
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, "");

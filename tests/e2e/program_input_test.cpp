@@ -31,7 +31,6 @@ protected:
         EXPECT_EQ(r.err, "");
         return app.events();
     }
-    Lines streamed(const std::string& input) { return received({"input-stream"}, input); }
     void expectNothingHeld() { EXPECT_EQ(app.held(), "none none"); }
 
     const XvfbDisplay& display = testDisplay();
@@ -113,7 +112,7 @@ TEST_F(ProgramInput, KeyCombosArriveWithTheirModifiersAndLeaveNothingHeld) {
 }
 
 TEST_F(ProgramInput, ModifierKeysPressTheirSideAndFlagsHoldAcrossTheStreamsCommands) {
-    const Lines lines = streamed(
+    const Lines lines = received({"input-stream"},
         "keydown 60 shift\nkeyup 60 none\nkeydown 62 ctrl\nkeyup 62 none\nkeydown 61 alt\nkeyup 61 none\n"
         "keydown 54 cmd\nkeyup 54 none\nkeydown 63 fn\nkeyup 63 none\n"  // fn has no X key: nothing
         "keydown 56 shift\nmousedown 300 300 left\nmouseup 300 300 left\nkeyup 56 none\n"
