@@ -7,7 +7,7 @@
 
 #include <xcb/xfixes.h>
 
-#include "window_spec.h"
+#include "window_request.h"
 
 namespace window_client {
 namespace {

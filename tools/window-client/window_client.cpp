@@ -5,7 +5,7 @@
 // process. It reads commands on standard input, answers each with one line, and reports input
 // on its windows as it comes; it exits at the end of its input.
 //
-//   map NAME X Y W H [options]  -> mapped NAME ID     options: see window_spec.h; once mapped
+//   map NAME X Y W H [options]  -> mapped NAME ID     options: see window_request.h; once mapped
 //   unmap NAME                  -> unmapped NAME
 //   focus NAME                  -> focused NAME       takes the keyboard focus, raising nothing
 //   claim NAME                  -> claimed NAME       sets _NET_WM_PID now (see nopid)
@@ -47,7 +47,7 @@
 
 #include "clipboard_peer.h"
 #include "input_report.h"
-#include "window_spec.h"
+#include "window_request.h"
 
 namespace window_client {
 namespace {
@@ -72,7 +72,7 @@ public:
     void command(const std::vector<std::string>& w) {
         const std::string verb = w.empty() ? "" : w[0];
         if (verb == "map" && w.size() >= 6) {
-            map(w[1], parseWindowSpec({w.begin() + 2, w.end()}));
+            map(w[1], parseWindowRequest({w.begin() + 2, w.end()}));
         } else if (verb == "unmap" && w.size() == 2) {
             const xcb_window_t id = windowNamed(w[1]);
             const xcb_window_t frame = topLevelOf(id);
@@ -198,8 +198,8 @@ private:
         }
     }
 
-    void map(const std::string& name, const WindowSpec& spec) {
-        const xcb_window_t id = createWindow(connection_, screen_, spec);
+    void map(const std::string& name, const WindowRequest& request) {
+        const xcb_window_t id = createWindow(connection_, screen_, request);
         names_[id] = name;
         ids_[name] = id;
         awaitEvent([&](const xcb_generic_event_t* e) {
@@ -207,7 +207,7 @@ private:
                    reinterpret_cast<const xcb_map_notify_event_t*>(e)->window == id;
         });
         awaitViewable(id, true);
-        if (spec.focus) {
+        if (request.focus) {
             xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
             roundTrip(connection_);
         }

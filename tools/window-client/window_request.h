@@ -11,7 +11,7 @@
 namespace window_client {
 
 // A window as a test wants it on screen: geometry and the properties the guard reads.
-struct WindowSpec {
+struct WindowRequest {
     int x = 0;
     int y = 0;
     int width = 100;
@@ -35,12 +35,12 @@ struct WindowSpec {
 // "X Y W H [type=T] [above] [opacity=F] [class=C] [appid=A] [noinput] [override] [decorated]
 // [nopid] [focus] [border=N] [color=RRGGBB] [shape=W,H] [alpha=AA]". Throws std::invalid_argument on
 // anything else.
-WindowSpec parseWindowSpec(const std::vector<std::string>& words);
+WindowRequest parseWindowRequest(const std::vector<std::string>& words);
 
 // Creates the window with its properties, selects the input and structure events it reports,
 // and maps it. The caller waits for the map. Its place and size are the user's (USPosition,
 // USSize), which window managers keep, and it asks for no decoration unless decorated.
-xcb_window_t createWindow(xcb_connection_t* connection, const xcb_screen_t* screen, const WindowSpec& spec);
+xcb_window_t createWindow(xcb_connection_t* connection, const xcb_screen_t* screen, const WindowRequest& request);
 
 // Sets the window's _NET_WM_PID to the client's process.
 void claimPid(xcb_connection_t* connection, xcb_window_t window);

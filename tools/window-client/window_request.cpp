@@ -1,4 +1,4 @@
-#include "window_spec.h"
+#include "window_request.h"
 
 #include <cctype>
 #include <cmath>
@@ -49,37 +49,37 @@ void roundTrip(xcb_connection_t* connection) {
     std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
 
-WindowSpec parseWindowSpec(const std::vector<std::string>& words) {
+WindowRequest parseWindowRequest(const std::vector<std::string>& words) {
     if (words.size() < 4) throw std::invalid_argument("expected X Y W H");
-    WindowSpec spec;
-    spec.x = number(words[0]);
-    spec.y = number(words[1]);
-    spec.width = number(words[2]);
-    spec.height = number(words[3]);
+    WindowRequest request;
+    request.x = number(words[0]);
+    request.y = number(words[1]);
+    request.width = number(words[2]);
+    request.height = number(words[3]);
     for (std::size_t i = 4; i < words.size(); ++i) {
         const std::string& word = words[i];
         const auto eq = word.find('=');
         const std::string key = word.substr(0, eq);
         const std::string value = eq == std::string::npos ? "" : word.substr(eq + 1);
-        if (key == "type") spec.type = value;
-        else if (key == "above") spec.above = true;
-        else if (key == "opacity") spec.opacity = std::stod(value);
-        else if (key == "class") spec.wmClass = value;
-        else if (key == "appid") spec.applicationId = value;
-        else if (key == "noinput") spec.noInput = true;
-        else if (key == "override") spec.overrideRedirect = true;
-        else if (key == "decorated") spec.decorated = true;
-        else if (key == "nopid") spec.claimsPid = false;
-        else if (key == "focus") spec.focus = true;
-        else if (key == "border") spec.border = number(value);
-        else if (key == "color") spec.color = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
+        if (key == "type") request.type = value;
+        else if (key == "above") request.above = true;
+        else if (key == "opacity") request.opacity = std::stod(value);
+        else if (key == "class") request.wmClass = value;
+        else if (key == "appid") request.applicationId = value;
+        else if (key == "noinput") request.noInput = true;
+        else if (key == "override") request.overrideRedirect = true;
+        else if (key == "decorated") request.decorated = true;
+        else if (key == "nopid") request.claimsPid = false;
+        else if (key == "focus") request.focus = true;
+        else if (key == "border") request.border = number(value);
+        else if (key == "color") request.color = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
         else if (key == "shape") {
-            spec.shape = {{number(value.substr(0, value.find(','))), number(value.substr(value.find(',') + 1))}};
+            request.shape = {{number(value.substr(0, value.find(','))), number(value.substr(value.find(',') + 1))}};
         }
-        else if (key == "alpha") spec.alpha = static_cast<std::uint8_t>(std::stoul(value, nullptr, 16));
+        else if (key == "alpha") request.alpha = static_cast<std::uint8_t>(std::stoul(value, nullptr, 16));
         else throw std::invalid_argument("unknown window option: " + word);
     }
-    return spec;
+    return request;
 }
 
 namespace {
@@ -108,54 +108,54 @@ Translucent translucent(xcb_connection_t* c, const xcb_screen_t* screen, std::ui
 
 }  // namespace
 
-xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const WindowSpec& spec) {
+xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const WindowRequest& request) {
     const xcb_window_t w = xcb_generate_id(c);
-    const Translucent glass = spec.alpha ? translucent(c, screen, spec.color, *spec.alpha) : Translucent{};
+    const Translucent glass = request.alpha ? translucent(c, screen, request.color, *request.alpha) : Translucent{};
     const std::uint32_t events = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
                                  XCB_EVENT_MASK_POINTER_MOTION | XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
                                  XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     // The tests' servers are 24-bit TrueColor: a pixel value is its 0xRRGGBB colour. A window of
     // another depth needs its own border and colormap.
     const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
-                               (spec.alpha ? XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP : 0u);
-    const std::uint32_t override = spec.overrideRedirect ? 1u : 0u;
-    const std::vector<std::uint32_t> values = spec.alpha ? std::vector{glass.pixel, 0u, override, events, glass.colormap}
-                                                         : std::vector{spec.color, override, events};
-    xcb_create_window(c, spec.alpha ? 32 : XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(spec.x),
-                      static_cast<std::int16_t>(spec.y), static_cast<std::uint16_t>(spec.width),
-                      static_cast<std::uint16_t>(spec.height), static_cast<std::uint16_t>(spec.border),
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, spec.alpha ? glass.visual : screen->root_visual, mask,
+                               (request.alpha ? XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP : 0u);
+    const std::uint32_t override = request.overrideRedirect ? 1u : 0u;
+    const std::vector<std::uint32_t> values = request.alpha ? std::vector{glass.pixel, 0u, override, events, glass.colormap}
+                                                         : std::vector{request.color, override, events};
+    xcb_create_window(c, request.alpha ? 32 : XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(request.x),
+                      static_cast<std::int16_t>(request.y), static_cast<std::uint16_t>(request.width),
+                      static_cast<std::uint16_t>(request.height), static_cast<std::uint16_t>(request.border),
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, request.alpha ? glass.visual : screen->root_visual, mask,
                       values.data());
-    if (spec.shape) {
-        const xcb_rectangle_t kept{0, 0, static_cast<std::uint16_t>(spec.shape->first),
-                                   static_cast<std::uint16_t>(spec.shape->second)};
+    if (request.shape) {
+        const xcb_rectangle_t kept{0, 0, static_cast<std::uint16_t>(request.shape->first),
+                                   static_cast<std::uint16_t>(request.shape->second)};
         xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 1, &kept);
     }
-    if (!spec.type.empty()) setAtomProperty(c, w, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_" + upper(spec.type));
-    if (spec.above) setAtomProperty(c, w, "_NET_WM_STATE", "_NET_WM_STATE_ABOVE");
-    if (spec.opacity) {
-        const auto value = static_cast<std::uint32_t>(std::llround(*spec.opacity * 0xffffffffu));
+    if (!request.type.empty()) setAtomProperty(c, w, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_" + upper(request.type));
+    if (request.above) setAtomProperty(c, w, "_NET_WM_STATE", "_NET_WM_STATE_ABOVE");
+    if (request.opacity) {
+        const auto value = static_cast<std::uint32_t>(std::llround(*request.opacity * 0xffffffffu));
         setProperty(c, w, atomNamed(c, "_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL, 32, 1, &value);
     }
-    if (!spec.wmClass.empty()) {
-        const std::string both = "instance" + std::string(1, '\0') + spec.wmClass + std::string(1, '\0');
+    if (!request.wmClass.empty()) {
+        const std::string both = "instance" + std::string(1, '\0') + request.wmClass + std::string(1, '\0');
         setProperty(c, w, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(both.size()), both.data());
     }
-    if (!spec.applicationId.empty()) {
+    if (!request.applicationId.empty()) {
         setProperty(c, w, atomNamed(c, "_GTK_APPLICATION_ID"), atomNamed(c, "UTF8_STRING"), 8,
-                    static_cast<std::uint32_t>(spec.applicationId.size()), spec.applicationId.data());
+                    static_cast<std::uint32_t>(request.applicationId.size()), request.applicationId.data());
     }
     // WM_NORMAL_HINTS: flags USPosition | USSize, then the (obsolete) place and size fields.
-    const std::uint32_t sizeHints[18] = {1 | 2, std::uint32_t(spec.x), std::uint32_t(spec.y), std::uint32_t(spec.width),
-                                         std::uint32_t(spec.height)};
+    const std::uint32_t sizeHints[18] = {1 | 2, std::uint32_t(request.x), std::uint32_t(request.y), std::uint32_t(request.width),
+                                         std::uint32_t(request.height)};
     setProperty(c, w, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, 18, sizeHints);
-    if (!spec.decorated) {
+    if (!request.decorated) {
         const std::uint32_t motifHints[5] = {2, 0, 0, 0, 0};  // flags: decorations; decorations: none
         const xcb_atom_t atom = atomNamed(c, "_MOTIF_WM_HINTS");
         setProperty(c, w, atom, atom, 32, 5, motifHints);
     }
-    if (spec.claimsPid) claimPid(c, w);
-    if (spec.noInput) {
+    if (request.claimsPid) claimPid(c, w);
+    if (request.noInput) {
         xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 0, nullptr);
     }
     xcb_map_window(c, w);
