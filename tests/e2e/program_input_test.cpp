@@ -6,7 +6,7 @@
 
 #include "cli/unicode_text.h"
 #include "support/window_client_process.h"
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 namespace brisko::testing {
 namespace {
@@ -99,7 +99,9 @@ TEST_F(ProgramInput, KeyCombosArriveWithTheirModifiersAndLeaveNothingHeld) {
         {"down", 0xff54}, {"up", 0xff52}, {"f1", 0xffbe}, {"f2", 0xffbf}, {"f3", 0xffc0}, {"f4", 0xffc1},
         {"f6", 0xffc3}, {"f7", 0xffc4}, {"f8", 0xffc5}, {"f9", 0xffc6}, {"f10", 0xffc7}, {"f11", 0xffc8},
         {"f12", 0xffc9}};
-    for (const char c : std::string("asdfghjklqwertyuiopzxcvbnm1234567890-=[];'\\,./`")) keys.push_back({{c}, unsigned(c)});
+    for (const char c : std::string("asdfghjklqwertyuiopzxcvbnm1234567890-=[];'\\,./`")) {
+        keys.push_back({{c}, unsigned(c)});
+    }
     Lines expected, arrived;
     for (const auto& [name, keysym] : keys) {
         std::ostringstream hex;

@@ -119,10 +119,12 @@ xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const
     const std::uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
                                (request.alpha ? XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP : 0u);
     const std::uint32_t override = request.overrideRedirect ? 1u : 0u;
-    const std::vector<std::uint32_t> values = request.alpha ? std::vector{glass.pixel, 0u, override, events, glass.colormap}
-                                                         : std::vector{request.color, override, events};
-    xcb_create_window(c, request.alpha ? 32 : XCB_COPY_FROM_PARENT, w, screen->root, static_cast<std::int16_t>(request.x),
-                      static_cast<std::int16_t>(request.y), static_cast<std::uint16_t>(request.width),
+    const std::vector<std::uint32_t> values = request.alpha
+                                                  ? std::vector{glass.pixel, 0u, override, events, glass.colormap}
+                                                  : std::vector{request.color, override, events};
+    xcb_create_window(c, request.alpha ? 32 : XCB_COPY_FROM_PARENT, w, screen->root,
+                      static_cast<std::int16_t>(request.x), static_cast<std::int16_t>(request.y),
+                      static_cast<std::uint16_t>(request.width),
                       static_cast<std::uint16_t>(request.height), static_cast<std::uint16_t>(request.border),
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, request.alpha ? glass.visual : screen->root_visual, mask,
                       values.data());
@@ -131,7 +133,9 @@ xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const
                                    static_cast<std::uint16_t>(request.shape->second)};
         xcb_shape_rectangles(c, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, w, 0, 0, 1, &kept);
     }
-    if (!request.type.empty()) setAtomProperty(c, w, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_" + upper(request.type));
+    if (!request.type.empty()) {
+        setAtomProperty(c, w, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_" + upper(request.type));
+    }
     if (request.above) setAtomProperty(c, w, "_NET_WM_STATE", "_NET_WM_STATE_ABOVE");
     if (request.opacity) {
         const auto value = static_cast<std::uint32_t>(std::llround(*request.opacity * 0xffffffffu));
@@ -146,8 +150,8 @@ xcb_window_t createWindow(xcb_connection_t* c, const xcb_screen_t* screen, const
                     static_cast<std::uint32_t>(request.applicationId.size()), request.applicationId.data());
     }
     // WM_NORMAL_HINTS: flags USPosition | USSize, then the (obsolete) place and size fields.
-    const std::uint32_t sizeHints[18] = {1 | 2, std::uint32_t(request.x), std::uint32_t(request.y), std::uint32_t(request.width),
-                                         std::uint32_t(request.height)};
+    const std::uint32_t sizeHints[18] = {1 | 2, std::uint32_t(request.x), std::uint32_t(request.y),
+                                         std::uint32_t(request.width), std::uint32_t(request.height)};
     setProperty(c, w, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, 18, sizeHints);
     if (!request.decorated) {
         const std::uint32_t motifHints[5] = {2, 0, 0, 0, 0};  // flags: decorations; decorations: none
