@@ -18,7 +18,7 @@
 
 #include "backends/backend.h"
 #include "support/process.h"
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 namespace {
 

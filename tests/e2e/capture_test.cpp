@@ -12,7 +12,7 @@
 
 #include "support/capture_stream_process.h"
 #include "support/window_client_process.h"
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 namespace brisko::testing {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "clipboard/base64.h"
 #include "support/window_client_process.h"
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 namespace brisko::testing {
 namespace {

@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "support/window_client_process.h"
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 namespace brisko::testing {
 namespace {

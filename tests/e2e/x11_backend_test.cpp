@@ -17,7 +17,7 @@
 #include "backends/x11/x11_screen_capture.h"
 #include "backends/x11/x11_window_server.h"
 #include "support/window_client_process.h"
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 namespace brisko::testing {
 namespace {

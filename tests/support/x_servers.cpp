@@ -1,4 +1,4 @@
-#include "support/xvfb_display.h"
+#include "support/x_servers.h"
 
 #include <csignal>
 #include <cstdlib>
