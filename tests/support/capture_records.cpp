@@ -8,7 +8,6 @@ namespace brisko::testing {
 
 std::vector<std::uint8_t> rgbaOf(const BgraImage& image) {
     std::vector<std::uint8_t> rgba;
-    rgba.reserve(static_cast<std::size_t>(image.width * image.height * 4));
     for (std::int64_t y = 0; y < image.height; ++y) {
         for (std::int64_t x = 0; x < image.width; ++x) {
             const std::uint8_t* p = image.bytes.data() + y * image.bytesPerRow + x * 4;
@@ -29,15 +28,6 @@ BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed
         byte = static_cast<std::uint8_t>(state >> 24);
     }
     return image;
-}
-
-std::int64_t touchTiles(BgraImage& image, std::int64_t every, std::int64_t first) {
-    const std::int64_t columns = (image.width + 63) / 64, rows = (image.height + 63) / 64;
-    std::int64_t touched = 0;
-    for (std::int64_t tile = first; tile < columns * rows; tile += every, ++touched) {
-        image.pixel(tile % columns * 64, tile / columns * 64)[1] ^= 0x40;
-    }
-    return touched;
 }
 
 bool RecordReader::keep(std::string_view record) {

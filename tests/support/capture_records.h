@@ -27,10 +27,6 @@ std::vector<std::uint8_t> rgbaOf(const BgraImage& image);
 // Random bytes in every channel: nothing to compress, every tile different from another seed's.
 BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed, std::int64_t rowPadding = 0);
 
-// Changes one pixel in every n-th 64 x 64 tile, counting in grid order from `first`; returns how
-// many tiles changed.
-std::int64_t touchTiles(BgraImage& image, std::int64_t every, std::int64_t first = 0);
-
 // Keeps every record an encoder writes and reads each back with the reference decoder.
 class RecordReader {
 public:

@@ -36,7 +36,6 @@ protected:
         status = std::async(std::launch::async, [this] { return platform.run({"input-stream"}); });
     }
     ~InputStreamThreads() override { finish(); }
-    // Closes the input and returns the exit status.
     int finish() {
         input.close();
         return status.valid() ? status.get() : -1;
@@ -56,7 +55,6 @@ TEST_F(InputStreamThreads, WorkRunsInArrivalOrderAndEndOfInputCancelsAPlayingBlo
     EXPECT_EQ(eventText(platform.journal), (Texts{"keydown 4", "keyup 4", "flags 55 cmd", "leftdown 10,20 #1 cmd",
                                                   "leftup 10,20 #1 cmd", "flags 55"}));
     EXPECT_EQ(platform.streams.err(), "brisko-mac-input: input-stream: ignoring unknown command in line 'hello'\n");
-    EXPECT_TRUE(platform.signals.brokenPipeIgnored && platform.signals.terminateExitsZero);
     EXPECT_EQ(processState().postPacingMicroseconds, 0u);
 }
 
@@ -93,26 +91,23 @@ TEST(CaptureStreamOutputLanes, EveryLaneCountWritesTheSameBytes) {
     fake::FakePlatform platform;
     std::vector<testing::BgraImage> frames = {testing::noiseImage(720, 450, 1, 64), testing::noiseImage(720, 450, 2, 64)};
     frames.push_back(frames.back());
-    testing::touchTiles(frames.back(), 7, 3);
+    for (std::int64_t tile = 3; tile < 12 * 8; tile += 7) frames.back().pixel(tile % 12 * 64, tile / 12 * 64)[1] ^= 0x40;
     frames.push_back(frames.back());  // idle: nothing written
     frames.push_back(testing::noiseImage(640, 400, 4));
-    for (const int level : {1, 6}) {
-        std::vector<std::vector<std::string>> streams;
-        for (const std::size_t lanes : {1u, 2u, 4u}) {
-            testing::RecordReader reader;
-            CaptureStreamOutput output([&](std::string_view record) { return reader.keep(record); }, lanes,
-                                       [level] { return makeRawDeflater(level); });
-            for (const testing::BgraImage& frame : frames) {
-                output.encodeFrame(frame.view(), 0);
-                reader.readNew();
-                EXPECT_EQ(reader.decoder().picture(), testing::rgbaOf(frame)) << lanes << " lanes";
-            }
-            streams.push_back(reader.records());
+    std::vector<std::vector<std::string>> streams;
+    for (const std::size_t lanes : {1u, 2u, 4u}) {
+        testing::RecordReader reader;
+        CaptureStreamOutput output([&](std::string_view record) { return reader.keep(record); }, lanes);
+        for (const testing::BgraImage& frame : frames) {
+            output.encodeFrame(frame.view(), 0);
+            reader.readNew();
+            EXPECT_EQ(reader.decoder().picture(), testing::rgbaOf(frame)) << lanes << " lanes";
         }
-        ASSERT_EQ(streams[0].size(), 4u);
-        EXPECT_EQ(streams[1], streams[0]) << "2 lanes, level " << level;
-        EXPECT_EQ(streams[2], streams[0]) << "4 lanes, level " << level;
+        streams.push_back(reader.records());
     }
+    ASSERT_EQ(streams[0].size(), 4u);
+    EXPECT_EQ(streams[1], streams[0]) << "2 lanes";
+    EXPECT_EQ(streams[2], streams[0]) << "4 lanes";
 }
 
 // Standard output whose one write waits until the reader takes it, or never when the reader is gone.
