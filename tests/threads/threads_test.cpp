@@ -91,7 +91,9 @@ TEST(CaptureStreamOutputLanes, EveryLaneCountWritesTheSameBytes) {
     fake::FakePlatform platform;
     std::vector<testing::BgraImage> frames = {testing::noiseImage(720, 450, 1, 64), testing::noiseImage(720, 450, 2, 64)};
     frames.push_back(frames.back());
-    for (std::int64_t tile = 3; tile < 12 * 8; tile += 7) frames.back().pixel(tile % 12 * 64, tile / 12 * 64)[1] ^= 0x40;
+    for (std::int64_t tile = 3; tile < 12 * 8; tile += 7) {  // every 7th tile of the 12 x 8 grid
+        frames.back().pixel(tile % 12 * 64, tile / 12 * 64)[1] ^= 0x40;
+    }
     frames.push_back(frames.back());  // idle: nothing written
     frames.push_back(testing::noiseImage(640, 400, 4));
     std::vector<std::vector<std::string>> streams;
