@@ -34,13 +34,9 @@ ScreenWindow window(std::uint32_t id, std::int32_t pid, Rect bounds = square, st
 }
 
 TEST(GuardRules, APressGoesToTheFirstWindowThatTakesItThroughOverlays) {
-    struct Case {
-        const char* name;
-        platform::Point point;
-        std::vector<ScreenWindow> windows;
-        std::optional<std::uint32_t> refusedOn;
-    };
-    const std::vector<Case> cases = {
+    // The case, the point pressed, the windows front to back and the host window that refuses the press.
+    using Press = std::tuple<const char*, platform::Point, std::vector<ScreenWindow>, std::optional<std::uint32_t>>;
+    const std::vector<Press> cases = {
         {"several overlays", {10, 10},
          {window(3, otherPid, square, 1000), window(2, otherPid, square, 25), window(1, hostPid, square, 3)}, 1},
         {"layer 19 is not an overlay", {10, 10}, {window(2, otherPid, square, 19), window(1, hostPid)}, std::nullopt},
@@ -68,9 +64,9 @@ TEST(GuardRules, APressGoesToTheFirstWindowThatTakesItThroughOverlays) {
          std::nullopt},
     };
     fake::FakePlatform platform;
-    for (const Case& c : cases) {
-        const auto hit = briskoWindowAt(c.point, c.windows, isHost);
-        EXPECT_EQ(hit ? std::optional(hit->windowID) : std::nullopt, c.refusedOn) << c.name;
+    for (const auto& [name, point, windows, refusedOn] : cases) {
+        const auto hit = briskoWindowAt(point, windows, isHost);
+        EXPECT_EQ(hit ? std::optional(hit->windowID) : std::nullopt, refusedOn) << name;
     }
     // Only the owners of windows that could take the press are asked about.
     std::vector<std::int32_t> asked;
