@@ -77,8 +77,7 @@ TEST_F(HostScene, OwnUiReportsTheHostWindowsTheKeyboardAndWhichPressesWouldBeRef
         {1000, 200, panel},
         {1220, 350, panel},        // through another application's dock
         {1150, 450, panel},        // through another application's open menu
-        {1259, 200, panel},        // the last column of the panel
-        {1260, 200, std::nullopt}, // one pixel right of it
+        {1260, 200, std::nullopt}, // one pixel right of the panel
         {1000, 540, std::nullopt}, // one pixel below it
         {650, 650, ghost},
         {-50, 750, left},
