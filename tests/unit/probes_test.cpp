@@ -32,7 +32,6 @@ TEST(Probes, PrintWhatTheProbeReports) {
         {"zero values",
          [](fake::FakeProbe& p) { p.session = Values{{"CGSSessionScreenIsLocked", 0}, {"kCGSSessionOnConsoleKey", 2}}; },
          {"session"}, R"({"locked":false,"displayAsleep":false,"console":true,"loggedIn":true})", 0},
-        {"no prompt", [](fake::FakeProbe&) {}, {"check"}, "screen=1 input=1", 0},
         {"prompt", [](fake::FakeProbe&) {}, {"check", "--prompt"}, "screen=1 input=1", 1},
         {"prompt and more", [](fake::FakeProbe& p) { p.input = false; }, {"check", "--prompt", "extra"},
          "screen=1 input=0", 1},
