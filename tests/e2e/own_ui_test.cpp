@@ -70,21 +70,13 @@ protected:
 };
 
 TEST_F(HostScene, OwnUiReportsTheHostWindowsTheKeyboardAndWhichPressesWouldBeRefused) {
-    const ProgramResult plain = runBrisko({"own-ui"});
-    EXPECT_EQ(plain.err, "");
-    EXPECT_EQ(plain.out, report() + "}\n");
     const std::vector<std::tuple<int, int, std::optional<std::uint32_t>>> presses = {
-        {1000, 200, panel},
-        {1220, 350, panel},        // through another application's dock
         {1150, 450, panel},        // through another application's open menu
         {1260, 200, std::nullopt}, // one pixel right of the panel
         {1000, 540, std::nullopt}, // one pixel below it
-        {650, 650, ghost},
         {-50, 750, left},
-        {1300, 10, bar},
         // The click-through host window over the editor, unless a window manager's frame takes it.
         {350, 470, testDisplayManaged() ? std::optional(through) : std::nullopt},
-        {160, 160, std::nullopt},  // a notification over the editor
     };
     for (const auto& [x, y, refusedOn] : presses) {
         const ProgramResult r = runBrisko({"own-ui", std::to_string(x), std::to_string(y)});
