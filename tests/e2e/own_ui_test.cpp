@@ -3,10 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
-#include <random>
-#include <sstream>
 
 #include "support/window_client_process.h"
 #include "support/x_servers.h"
@@ -135,47 +132,6 @@ TEST(GuardWithoutXResource, KnowsTheHostByTheClaimedPidAndSaysOnceThatOthersAreU
                                       {{"DISPLAY", server.name()}});
     EXPECT_EQ(r.err, "brisko-mac-input: windows whose owner is unknown are not guarded: the X server has no "
                      "X-Resource extension, and they set no _NET_WM_PID\n" + refused + refused);
-}
-
-// Host windows at random under other applications' windows kept above (which take presses) and
-// their docks (which presses pass through), and 1,000 random presses in one input stream. Clicks
-// raise windows under a window manager, but only among those kept above, which changes no answer.
-TEST(GuardAtRandom, NoPressReachesAHostWindowAndEveryAllowedPressArrives) {
-    testDisplay();
-    WindowClientProcess menubar(menubarClientPath()), apps;
-    std::mt19937 random(20261123);
-    const auto number = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
-    std::vector<std::array<int, 4>> hosts, inFront, docks;
-    const auto place = [&](std::vector<std::array<int, 4>>& into, int largest, const std::string& options) {
-        const int w = number(40, largest), h = number(40, largest), x = number(0, 1440 - w), y = number(0, 900 - h);
-        into.push_back({x, y, w, h});
-        return std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(w) + " " + std::to_string(h) +
-               options;
-    };
-    for (int i = 0; i < 8; ++i) menubar.map("h" + std::to_string(i), place(hosts, 500, ""));
-    for (int i = 0; i < 5; ++i) apps.map("a" + std::to_string(i), place(inFront, 300, " above"));
-    for (int i = 0; i < 4; ++i) apps.map("d" + std::to_string(i), place(docks, 300, " type=dock"));
-    const auto within = [](const std::vector<std::array<int, 4>>& rs, int x, int y) {
-        return std::ranges::any_of(rs, [&](auto r) { return x >= r[0] && x < r[0] + r[2] && y >= r[1] && y < r[1] + r[3]; });
-    };
-    std::string input, line;
-    std::vector<std::string> refused, arrived, seenRefused, seenArrived;
-    for (int i = 0; i < 1000; ++i) {
-        const int x = number(0, 1439), y = number(0, 899);
-        const std::string at = std::to_string(x) + " " + std::to_string(y);
-        input += "mousedown " + at + " left\nmouseup " + at + " left\n";
-        if (within(hosts, x, y) && !within(inFront, x, y)) refused.push_back(at);
-        else if (within(inFront, x, y) || within(docks, x, y)) arrived.push_back(at);
-    }
-    // Which host window a refusal names is the rules' to pick: the point is what counts.
-    for (std::istringstream err(runBrisko({"input-stream"}, input).err); std::getline(err, line);) {
-        const bool isRefusal = line.find("left': refused a press at") != std::string::npos;
-        seenRefused.push_back(isRefusal ? words(line)[5] + " " + words(line)[6] : line);
-    }
-    for (const std::string& p : linesOf(apps.events(), "press")) seenArrived.push_back(words(p)[3] + " " + words(p)[4]);
-    EXPECT_EQ(seenRefused, refused);
-    EXPECT_EQ(seenArrived, arrived);
-    EXPECT_EQ(menubar.events(), std::vector<std::string>{});
 }
 
 }  // namespace
