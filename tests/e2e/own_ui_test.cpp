@@ -102,8 +102,7 @@ TEST_F(HostScene, AnOpenHostMenuHoldsTheKeyboard) {
     const auto menu = host.map("menu", "400 200 150 200 override");
     EXPECT_EQ(runBrisko({"own-ui"}).out,
               report(windowJson(menu, host.pid(), 101, 400, 200, 150, 200) + ",", "false,\"keyboard\":\"menu\"") + "}\n");
-    const ProgramResult r = runBrisko({"key", "a"});
-    EXPECT_EQ(r.err,
+    EXPECT_EQ(runBrisko({"key", "a"}).err,
               "brisko-mac-input: refused a key press: a person has Brisko's menu open; wait and check the screen "
               "again. Your keys would go to the menu, not to the app you are typing in.\n");
     expectNothingArrived();
