@@ -5,23 +5,18 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace brisko::testing {
 namespace {
-
-bool exists(const std::string& path) {
-    struct stat st {};
-    return ::stat(path.c_str(), &st) == 0;
-}
 
 // A display number without a server, starting at a place of this process's own so that test
 // programs started together seldom try the same one (when they do, one server fails to start
 // and tries the next).
 int freeDisplayNumber(int from) {
     for (int n = from; n < 1000; ++n) {
-        if (!exists("/tmp/.X11-unix/X" + std::to_string(n)) && !exists("/tmp/.X" + std::to_string(n) + "-lock")) {
+        const std::string number = std::to_string(n);
+        if (!std::filesystem::exists("/tmp/.X11-unix/X" + number) && !std::filesystem::exists("/tmp/.X" + number + "-lock")) {
             return n;
         }
     }

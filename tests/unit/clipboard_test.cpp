@@ -17,40 +17,36 @@ const std::string html = "public.html";
 // get-clipboard prints the first requested type that is listed; listed data that never arrives
 // is read three times, 50 ms apart.
 TEST(GetClipboard, PrintsTheFirstRequestedTypeThatIsListed) {
-    struct Case {
-        std::string name;
-        std::vector<Item> items;
-        std::vector<std::string> request;
-        std::string out;
-        int changeCountReads = 1;  // decided on the first read unless data never arrives
-    };
+    // The case, the items, the types asked for, how often the change count is read (once unless
+    // listed data never arrives) and the line printed.
+    using Case = std::tuple<std::string, std::vector<Item>, std::vector<std::string>, int, std::string>;
     const std::vector<Case> cases = {
         {"first item with data wins",
          {{{plainText}, {{plainText, bytes("one")}}}, {{plainText}, {{plainText, bytes("two")}}}},
-         {plainText},
+         {plainText}, 1,
          R"({"changeCount":7,"types":["public.utf8-plain-text"],"items":[{"type":"public.utf8-plain-text","base64":"b25l"}]})"},
         {"an item without data is passed over",
          {{{plainText}, {}}, {{plainText, "z"}, {{plainText, bytes("two")}}}},
-         {plainText},
+         {plainText}, 1,
          R"({"changeCount":7,"types":["public.utf8-plain-text","z"],"items":[{"type":"public.utf8-plain-text","base64":"dHdv"}]})"},
         {"escaped type names, sorted by code point",
          {{{"a\\\"b", "\xC3\xA9", "Z", plainText}, {{"a\\\"b", bytes("q")}}}},
-         {"a\\\"b"},
+         {"a\\\"b"}, 1,
          R"({"changeCount":7,"types":["Z","a\\\"b","public.utf8-plain-text",")" "\xC3\xA9" R"("],"items":[{"type":"a\\\"b","base64":"cQ=="}]})"},
-        {"listed data that never arrives", {{{html, plainText}, {{html, bytes("x")}}}}, {plainText, html},
-         R"({"changeCount":7,"types":["public.html","public.utf8-plain-text"],"items":[]})", 3},
+        {"listed data that never arrives", {{{html, plainText}, {{html, bytes("x")}}}}, {plainText, html}, 3,
+         R"({"changeCount":7,"types":["public.html","public.utf8-plain-text"],"items":[]})"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, items, request, changeCountReads, out] : cases) {
         fake::FakePlatform fresh;
         fresh.pasteboard.count = 7;
-        fresh.pasteboard.items = c.items;
+        fresh.pasteboard.items = items;
         std::vector<std::string> args{"get-clipboard"};
-        args.insert(args.end(), c.request.begin(), c.request.end());
-        EXPECT_EQ(fresh.run(args), 0) << c.name;
-        EXPECT_EQ(fresh.streams.out(), c.out + "\n") << c.name;
-        EXPECT_EQ(fresh.streams.err(), "") << c.name;
-        EXPECT_EQ(fresh.pasteboard.changeCountReads, c.changeCountReads) << c.name;
-        EXPECT_EQ(fresh.journal.all(), std::vector<fake::Happening>(c.changeCountReads - 1, fake::Pause{50000})) << c.name;
+        args.insert(args.end(), request.begin(), request.end());
+        EXPECT_EQ(fresh.run(args), 0) << name;
+        EXPECT_EQ(fresh.streams.out(), out + "\n") << name;
+        EXPECT_EQ(fresh.streams.err(), "") << name;
+        EXPECT_EQ(fresh.pasteboard.changeCountReads, changeCountReads) << name;
+        EXPECT_EQ(fresh.journal.all(), std::vector<fake::Happening>(changeCountReads - 1, fake::Pause{50000})) << name;
     }
 }
 

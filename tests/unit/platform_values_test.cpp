@@ -16,12 +16,8 @@ const double nan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(WindowListEntry, OwnerAndBoundsMakeAWindowAndTheRestHasDefaults) {
     const platform::Rect bounds{-1440.5, 38, 360, -520};
-    struct Case {
-        const char* what;
-        WindowListEntry entry;
-        std::optional<platform::ScreenWindow> window;
-    };
-    const std::vector<Case> cases = {
+    // The entry, and the window it makes (none: the entry is left out).
+    const std::vector<std::tuple<const char*, WindowListEntry, std::optional<platform::ScreenWindow>>> cases = {
         {"every value", {std::int64_t{902}, bounds, std::int64_t{881}, 0.5, std::int64_t{101}},
          platform::ScreenWindow{881, 902, bounds, 0.5, 101}},
         {"integral floating values", {902.0, bounds, 881.0, std::int64_t{0}, 3.0},
@@ -36,16 +32,14 @@ TEST(WindowListEntry, OwnerAndBoundsMakeAWindowAndTheRestHasDefaults) {
         {"owner beyond 32 bits", {std::int64_t{1} << 31, bounds, {}, {}, {}}, std::nullopt},
         {"no bounds", {std::int64_t{902}, std::nullopt, {}, {}, {}}, std::nullopt},
     };
-    for (const Case& c : cases) {
-        const std::optional<platform::ScreenWindow> window = screenWindowOf(c.entry);
-        ASSERT_EQ(window.has_value(), c.window.has_value()) << c.what;
+    for (const auto& [what, entry, expected] : cases) {
+        const std::optional<platform::ScreenWindow> window = screenWindowOf(entry);
+        ASSERT_EQ(window.has_value(), expected.has_value()) << what;
         if (!window) continue;
-        EXPECT_EQ(window->windowID, c.window->windowID) << c.what;
-        EXPECT_EQ(window->ownerPID, c.window->ownerPID) << c.what;
-        EXPECT_EQ(window->bounds, c.window->bounds) << c.what;
-        EXPECT_TRUE(window->alpha == c.window->alpha || (std::isnan(window->alpha) && std::isnan(c.window->alpha)))
-            << c.what;
-        EXPECT_EQ(window->layer, c.window->layer) << c.what;
+        EXPECT_EQ(std::tuple(window->windowID, window->ownerPID, window->bounds, window->layer),
+                  std::tuple(expected->windowID, expected->ownerPID, expected->bounds, expected->layer)) << what;
+        EXPECT_TRUE(window->alpha == expected->alpha || (std::isnan(window->alpha) && std::isnan(expected->alpha)))
+            << what;
     }
 }
 
