@@ -295,12 +295,9 @@ TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeysAndCho
 }
 
 TEST(CommandArguments, NumbersAreReadWholeAndInRange) {
-    const std::vector<std::tuple<std::string, std::string, double, double>> points = {
-        {"10", "20", 10, 20}, {"-3.5", "+0.25", -3.5, 0.25}, {"0x1p3", ".5", 8, 0.5}, {"1E-3", "7.", 0.001, 7}};
-    for (const auto& [x, y, px, py] : points) {
-        EXPECT_EQ(parsePoint(x, y).x, px) << x;
-        EXPECT_EQ(parsePoint(x, y).y, py) << y;
-    }
+    const std::vector<std::tuple<std::string, std::string, platform::Point>> points = {
+        {"10", "20", {10, 20}}, {"-3.5", "+0.25", {-3.5, 0.25}}, {"0x1p3", ".5", {8, 0.5}}, {"1E-3", "7.", {0.001, 7}}};
+    for (const auto& [x, y, point] : points) EXPECT_EQ(parsePoint(x, y), point) << x << " " << y;
     EXPECT_TRUE(std::isnan(parsePoint("nan", "inf").x));
     for (const auto& [x, y] : std::vector<std::pair<std::string, std::string>>{
              {" 10", "20"}, {"\t1", "2"}, {"10 ", "20"}, {"", "1"}, {"1e999", "0"}, {"0", "-1e999"}, {"1,5", "2"},

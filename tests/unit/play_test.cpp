@@ -245,8 +245,6 @@ TEST(InputStreamReader, WorkIsQueuedInArrivalOrderAndStopsAndBadLinesAreHandledA
          "played a cancelled 0\nplayed x refused " + malformedHeader + "\n",
          {"input-stream: nothing to stop for line 'stop x'", "play: refused x: " + malformedHeader},
          {"keydown 4", "keyup 4"}},
-        {"play b 100 3\n0 keydown 4 none\r\n5 keyup 4 none", "played b refused the block ended after 2 of 3 lines\n",
-         {"play: refused b: the block ended after 2 of 3 lines"}, {}},
         {"  mousedown   10 \nhello there\nStop x\nkeydown 4 none\nmousemove 1 2 Left\n\n   \nstop\n  stop   x  \n", "",
          {"input-stream: nothing to stop for line 'stop'", "input-stream: nothing to stop for line '  stop   x  '",
           ignoring + "line '  mousedown   10 ': usage: mousedown X Y left|middle|right [flags]",
