@@ -224,8 +224,6 @@ TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePo
     };
     const std::vector<Case> cases = {
         {{"click", "1", "2"}, 2, flag::alternate},
-        {{"doubleclick", "1", "2"}, 3, flag::alternate},
-        {{"drag", "0", "0", "9", "9"}, 2, flag::alternate},
         {{"type", "abc"}, 3, flag::alternate},
         {{"keydown", "56", "shift"}, 0, flag::shift},
         {{"keyup", "55", "none"}, 0, 0},
