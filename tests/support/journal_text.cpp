@@ -34,17 +34,7 @@ Kind kindOf(std::uint32_t type) {
     return found == kinds.end() ? Kind{"unknown", 0} : found->second;
 }
 
-// One line per entry: happenings or events.
-template <typename Entries>
-std::vector<std::string> linesOf(const Entries& entries) {
-    std::vector<std::string> lines;
-    for (const auto& entry : entries) lines.push_back(journalText(entry));
-    return lines;
-}
-
-}  // namespace
-
-std::string journalText(const fake::Happening& happening) {
+std::string lineOf(const fake::Happening& happening) {
     if (const auto* pause = std::get_if<fake::Pause>(&happening)) return "pause " + std::to_string(pause->microseconds);
     const auto& event = std::get<platform::InputEvent>(happening);
     const Kind kind = kindOf(event.type);
@@ -67,6 +57,16 @@ std::string journalText(const fake::Happening& happening) {
     }
     return text.str() + flagNames(event.flags);
 }
+
+// One line per entry: happenings or events.
+template <typename Entries>
+std::vector<std::string> linesOf(const Entries& entries) {
+    std::vector<std::string> lines;
+    for (const auto& entry : entries) lines.push_back(lineOf(entry));
+    return lines;
+}
+
+}  // namespace
 
 std::vector<std::string> journalText(const fake::Journal& journal) { return linesOf(journal.all()); }
 

@@ -23,84 +23,62 @@ using Texts = std::vector<std::string>;
 
 constexpr std::int32_t hostPid = 77;
 
-// The command lines run one after another in one process; the status of the last.
-int runAll(fake::FakePlatform& platform, const std::vector<Line>& lines) {
-    int status = -1;
-    for (const Line& line : lines) status = platform.run(line);
-    return status;
-}
-
-TEST(InputCommands, EachPostsItsSequenceAndLeavesHeldWhatItsFlagsSay) {
-    struct Case {
-        std::vector<Line> lines;
-        Texts events;
-        EventFlags heldAfter = 0;
-    };
-    const std::vector<Case> cases = {
-        {{{"doubleclick", "5", "6"}},
-         {"move 5,6", "leftdown 5,6 #1", "leftup 5,6 #1", "leftdown 5,6 #2", "leftup 5,6 #2"}},
-        {{{"type", "a\r\nb\t\b"}},
-         {"keydown \"a\"", "keyup \"a\"", "keydown 36", "keyup 36", "keydown \"b\"", "keyup \"b\"", "keydown 48",
-          "keyup 48", "keydown 51", "keyup 51"}},
-        {{{"type", ""}}, {}},
-        // Typed text carries no held flags, and leaves them held.
-        {{{"keydown", "56", "shift"}, {"type", "A"}}, {"flags 56 shift", "keydown \"A\"", "keyup \"A\""}, flag::shift},
-        {{{"key", "fn+F5"}}, {"flags 63 fn", "keydown 96 fn", "keyup 96 fn", "flags 63"}},
-        // The last part is always the key, even when it names a modifier.
-        {{{"key", "cmd+shift"}}, {"flags 55 cmd", "keydown 56 cmd", "keyup 56 cmd", "flags 55"}},
-        // A combo's modifiers leave nothing held; a plain key leaves the flags alone.
-        {{{"keydown", "58", "alt"}, {"key", "shift+a"}},
-         {"flags 58 alt", "flags 56 shift", "keydown 0 shift", "keyup 0 shift", "flags 56"}},
-        {{{"keydown", "58", "alt"}, {"key", "Return"}}, {"flags 58 alt", "keydown 36", "keyup 36"}, flag::alternate},
-        // A drag moves in twelve unrounded steps with the left button and the held flags.
-        {{{"keydown", "58", "alt"}, {"drag", "3", "0", "0", "-6"}},
-         {"flags 58 alt", "move 3,0 alt", "leftdown 3,0 alt", "leftdrag 2.75,-0.5 alt", "leftdrag 2.5,-1 alt",
-          "leftdrag 2.25,-1.5 alt", "leftdrag 2,-2 alt", "leftdrag 1.75,-2.5 alt", "leftdrag 1.5,-3 alt",
-          "leftdrag 1.25,-3.5 alt", "leftdrag 1,-4 alt", "leftdrag 0.75,-4.5 alt", "leftdrag 0.5,-5 alt",
-          "leftdrag 0.25,-5.5 alt", "leftdrag 0,-6 alt", "leftup 0,-6 alt"},
-         flag::alternate},
-        {{{"mousedown", "400", "220", "left"}}, {"leftdown 400,220 #1"}},
-        {{{"mousedown", "400", "220", "right", "cmd"}}, {"rightdown 400,220 #1 cmd"}, flag::command},
-        {{{"mouseup", "5", "5", "right", "cmd"}, {"mouseup", "6", "7", "middle"}, {"mouseup", "8", "9", "left", "none"}},
-         {"rightup 5,5 #1 cmd", "otherup 6,7 #1 cmd", "leftup 8,9 #1"}},
-        {{{"mousemove", "10", "20"}, {"mousemove", "1", "2", "none"}, {"mousemove", "3", "4", "left"},
-          {"mousemove", "5", "6", "right"}, {"mousemove", "7", "8", "middle"}, {"mousemove", "0x10", "1e2", "none", "none"}},
-         {"move 10,20", "move 1,2", "leftdrag 3,4", "rightdrag 5,6", "otherdrag 7,8", "move 16,100"}},
-        {{{"mousemove", "1.5", "-2", "left", "cmd,shift"}}, {"leftdrag 1.5,-2 cmd,shift"}, flag::command | flag::shift},
-        // A modifier key's flags become the held flags; a plain key's are its own (caps lock is one).
-        {{{"keydown", "55", "cmd"}, {"keydown", "56", "cmd,shift"}, {"keyup", "4", "cmd"}, {"keyup", "56", "cmd"},
-          {"keyup", "+55", "none"}, {"keydown", "4", "shift"}, {"keyup", "57", "shift"}},
-         {"flags 55 cmd", "flags 56 cmd,shift", "keyup 4 cmd", "flags 56 cmd", "flags 55", "keydown 4 shift",
-          "keyup 57 shift"}},
-        {{{"keydown", "60", "shift"}, {"scroll", "down", "1"}, {"mousemove", "10", "20"}, {"scroll", "up", "+2", "ctrl"}},
-         {"flags 60 shift", "scroll -3 shift", "move 10,20 shift", "scroll 3 ctrl", "scroll 3 ctrl"}, flag::control},
-        {{{"type-unicode", "1F600"}, {"type-unicode", "+e9"}, {"type-unicode", "41"}},
-         {"keydown \"\xF0\x9F\x98\x80\"", "keyup \"\xF0\x9F\x98\x80\"", "keydown \"\xC3\xA9\"", "keyup \"\xC3\xA9\"",
-          "keydown \"A\"", "keyup \"A\""}},
-    };
-    for (const Case& c : cases) {
-        fake::FakePlatform platform;
-        EXPECT_EQ(runAll(platform, c.lines), 0) << ::testing::PrintToString(c.lines) << platform.streams.err();
-        EXPECT_EQ(eventText(platform.journal), c.events) << ::testing::PrintToString(c.lines);
-        EXPECT_EQ(processState().heldFlags, c.heldAfter) << ::testing::PrintToString(c.lines);
-    }
-}
-
-TEST(InputCommands, FailuresAreOneLineAndWhatWasPostedOrAdoptedStays) {
+// A command either posts its sequence or fails in one line (message set), keeping what it posted
+// or adopted before the fault; either way it leaves held what its flags say.
+TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
     struct Case {
         std::vector<Line> lines;
         std::string message;
         Texts events = {};
         EventFlags heldAfter = 0;
     };
-    const std::string key = "expected a CGKeyCode integer, got '";
     const std::string point = "expected a hex Unicode code point, got '";
     const std::string base64 = "expected base64-encoded UTF-8 text, got '";
     const std::string scroll = "usage: scroll up|down N [flags]";
     const std::vector<Case> cases = {
+        {{{"doubleclick", "5", "6"}}, "",
+         {"move 5,6", "leftdown 5,6 #1", "leftup 5,6 #1", "leftdown 5,6 #2", "leftup 5,6 #2"}},
+        {{{"type", "a\r\nb\t\b"}}, "",
+         {"keydown \"a\"", "keyup \"a\"", "keydown 36", "keyup 36", "keydown \"b\"", "keyup \"b\"", "keydown 48",
+          "keyup 48", "keydown 51", "keyup 51"}},
+        {{{"type", ""}}, ""},
+        // Typed text carries no held flags, and leaves them held.
+        {{{"keydown", "56", "shift"}, {"type", "A"}}, "", {"flags 56 shift", "keydown \"A\"", "keyup \"A\""},
+         flag::shift},
+        {{{"key", "fn+F5"}}, "", {"flags 63 fn", "keydown 96 fn", "keyup 96 fn", "flags 63"}},
+        // The last part is always the key, even when it names a modifier.
+        {{{"key", "cmd+shift"}}, "", {"flags 55 cmd", "keydown 56 cmd", "keyup 56 cmd", "flags 55"}},
+        // A combo's modifiers leave nothing held; a plain key leaves the flags alone.
+        {{{"keydown", "58", "alt"}, {"key", "shift+a"}}, "",
+         {"flags 58 alt", "flags 56 shift", "keydown 0 shift", "keyup 0 shift", "flags 56"}},
+        {{{"keydown", "58", "alt"}, {"key", "Return"}}, "", {"flags 58 alt", "keydown 36", "keyup 36"},
+         flag::alternate},
+        // A drag moves in twelve unrounded steps with the left button and the held flags.
+        {{{"keydown", "58", "alt"}, {"drag", "3", "0", "0", "-6"}}, "",
+         {"flags 58 alt", "move 3,0 alt", "leftdown 3,0 alt", "leftdrag 2.75,-0.5 alt", "leftdrag 2.5,-1 alt",
+          "leftdrag 2.25,-1.5 alt", "leftdrag 2,-2 alt", "leftdrag 1.75,-2.5 alt", "leftdrag 1.5,-3 alt",
+          "leftdrag 1.25,-3.5 alt", "leftdrag 1,-4 alt", "leftdrag 0.75,-4.5 alt", "leftdrag 0.5,-5 alt",
+          "leftdrag 0.25,-5.5 alt", "leftdrag 0,-6 alt", "leftup 0,-6 alt"},
+         flag::alternate},
+        {{{"mousedown", "400", "220", "right", "cmd"}}, "", {"rightdown 400,220 #1 cmd"}, flag::command},
+        {{{"mouseup", "5", "5", "right", "cmd"}, {"mouseup", "6", "7", "middle"}, {"mouseup", "8", "9", "left", "none"}},
+         "", {"rightup 5,5 #1 cmd", "otherup 6,7 #1 cmd", "leftup 8,9 #1"}},
+        {{{"mousemove", "10", "20"}, {"mousemove", "1", "2", "none"}, {"mousemove", "3", "4", "left"},
+          {"mousemove", "5", "6", "right"}, {"mousemove", "7", "8", "middle"}, {"mousemove", "0x10", "1e2", "none", "none"}},
+         "", {"move 10,20", "move 1,2", "leftdrag 3,4", "rightdrag 5,6", "otherdrag 7,8", "move 16,100"}},
+        // A modifier key's flags become the held flags; a plain key's are its own (caps lock is one).
+        {{{"keydown", "55", "cmd"}, {"keydown", "56", "cmd,shift"}, {"keyup", "4", "cmd"}, {"keyup", "56", "cmd"},
+          {"keyup", "+55", "none"}, {"keydown", "4", "shift"}, {"keyup", "57", "shift"}},
+         "", {"flags 55 cmd", "flags 56 cmd,shift", "keyup 4 cmd", "flags 56 cmd", "flags 55", "keydown 4 shift",
+          "keyup 57 shift"}},
+        {{{"keydown", "60", "shift"}, {"scroll", "down", "1"}, {"mousemove", "10", "20"}, {"scroll", "up", "+2", "ctrl"}},
+         "", {"flags 60 shift", "scroll -3 shift", "move 10,20 shift", "scroll 3 ctrl", "scroll 3 ctrl"},
+         flag::control},
+        {{{"type-unicode", "1F600"}, {"type-unicode", "+e9"}, {"type-unicode", "41"}}, "",
+         {"keydown \"\xF0\x9F\x98\x80\"", "keyup \"\xF0\x9F\x98\x80\"", "keydown \"\xC3\xA9\"", "keyup \"\xC3\xA9\"",
+          "keydown \"A\"", "keyup \"A\""}},
         {{{"MouseMove", "1", "2"}}, "unknown command 'MouseMove'"},
         {{{"click", "10", "20", "Left"}}, "unknown mouse button 'Left' (want left|right|middle)", {"move 10,20"}},
-        {{{"mousemove", "10", "20", "Left"}}, "unknown held button 'Left' (want left|middle|right|none)"},
         {{{"mousemove", "10", "20", "Left", "cmd"}}, "unknown held button 'Left' (want left|middle|right|none)", {},
          flag::command},
         {{{"mousemove", "x", "20", "left", "cmd"}}, "expected numeric coordinates, got 'x 20'"},
@@ -113,17 +91,14 @@ TEST(InputCommands, FailuresAreOneLineAndWhatWasPostedOrAdoptedStays) {
         {{{"scroll", "up", "0", "cmd"}}, scroll},
         {{{"scroll", "up", "-2"}}, scroll},
         {{{"scroll", "up", "2147483648"}}, scroll},
-        {{{"keyup", "65536", "none"}}, key + "65536'"},
-        {{{"keyup", "0x10", "none"}}, key + "0x10'"},
         {{{"keydown", "56", "Shift"}}, "unknown modifier 'Shift' in flags 'Shift' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"keyup", "0", "cmd, shift"}},
          "unknown modifier ' shift' in flags 'cmd, shift' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"type-unicode", "D800"}}, point + "D800'"},
         {{{"type-unicode", "DFFF"}}, point + "DFFF'"},
         {{{"type-unicode", "110000"}}, point + "110000'"},
-        {{{"type-unicode", "0x41"}}, point + "0x41'"},
         {{{"type-unicode", "-41"}}, point + "-41'"},
-        {{{"type-unicode", ""}}, point + "'"},
+        {{{"type-unicode", "0x41"}}, point + "0x41'"},
         {{{"set-clipboard", "aGk= "}}, base64 + "aGk= '"},
         {{{"set-clipboard", "//8="}}, base64 + "//8='"},  // the bytes FF FF
         {{{"key", "+a"}}, "empty key combo part in '+a'"},
@@ -131,16 +106,17 @@ TEST(InputCommands, FailuresAreOneLineAndWhatWasPostedOrAdoptedStays) {
         {{{"key", "HYPER+a"}}, "unknown modifier 'hyper' in combo 'HYPER+a'"},
         {{{"key", "cmd+hyper+!"}}, "unknown modifier 'hyper' in combo 'cmd+hyper+!'"},
         {{{"key", "cmd+!"}}, "unknown key '!'"},
-        {{{"key", "cmd+shift+ab"}}, "unknown key 'ab'"},
-        {{{"move", "10", "abc"}}, "expected numeric coordinates, got '10 abc'"},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.lines));
         fake::FakePlatform platform;
-        EXPECT_EQ(runAll(platform, c.lines), 2) << ::testing::PrintToString(c.lines);
-        EXPECT_EQ(platform.streams.err(), "brisko-mac-input: " + c.message + "\n") << ::testing::PrintToString(c.lines);
-        EXPECT_EQ(eventText(platform.journal), c.events) << ::testing::PrintToString(c.lines);
-        EXPECT_EQ(processState().heldFlags, c.heldAfter) << ::testing::PrintToString(c.lines);
-        EXPECT_EQ(platform.pasteboard.count, 0) << ::testing::PrintToString(c.lines);
+        int status = -1;  // the lines run one after another in one process; the status of the last
+        for (const Line& line : c.lines) status = platform.run(line);
+        EXPECT_EQ(status, c.message.empty() ? 0 : 2);
+        EXPECT_EQ(platform.streams.err(), c.message.empty() ? "" : "brisko-mac-input: " + c.message + "\n");
+        EXPECT_EQ(eventText(platform.journal), c.events);
+        EXPECT_EQ(processState().heldFlags, c.heldAfter);
+        EXPECT_EQ(platform.pasteboard.count, 0);
     }
 }
 
@@ -161,10 +137,8 @@ TEST(InputCommands, EveryRowChecksItsArgumentCountBeforeAnythingElse) {
         platform.windows.windows = {{1, hostPid, {0, 0, 100, 100}, 1.0, 0}};
         EXPECT_EQ(platform.run(line), 2) << ::testing::PrintToString(line);
         EXPECT_EQ(platform.streams.err(), "brisko-mac-input: " + std::string(findCommand(commandTable(), line[0])->usage) + "\n");
-        EXPECT_EQ(platform.streams.out(), "");
         EXPECT_TRUE(platform.journal.all().empty()) << ::testing::PrintToString(line);
         EXPECT_EQ(platform.windows.windowListQueries, 0) << ::testing::PrintToString(line);
-        EXPECT_EQ(processState().heldFlags, 0u) << ::testing::PrintToString(line);
     }
     fake::FakePlatform platform;
     EXPECT_EQ(platform.run({}), 2);
@@ -199,7 +173,6 @@ TEST_F(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
     };
     const std::vector<Case> cases = {
         {{"click", "10.9", "20.2", "Left"}, pressRefusal("(10,20)")},  // before the button name is read
-        {{"drag", "1", "1", "900", "900"}, pressRefusal("(1,1)")},
         {{"drag", "10", "20", "x", "4"}, pressRefusal("(10,20)")},  // its start is checked before its end is read
         {{"type", ""}, key},
         {{"key", "hyper+a"}, key},  // before the combo is read
@@ -251,8 +224,6 @@ TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePo
     };
     const std::vector<Case> cases = {
         {{"click", "1", "2"}, 2, flag::alternate},
-        {{"doubleclick", "1", "2"}, 3, flag::alternate},
-        {{"drag", "0", "0", "9", "9"}, 2, flag::alternate},
         {{"type", "abc"}, 3, flag::alternate},
         {{"keydown", "56", "shift"}, 0, flag::shift},
         {{"keyup", "55", "none"}, 0, 0},
@@ -280,8 +251,7 @@ TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePo
 TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
     fake::FakePlatform platform;
     const std::vector<std::pair<std::string, std::optional<KeyCode>>> keys = {
-        {"return", 36}, {"RETURN", 36}, {"F5", 96}, {"f12", 111}, {"backspace", 51}, {"delete", 117}, {"Cmd", 55},
-        {"SPACE", 49}, {"capslock", 57}, {"A", 0}, {"+", 24}, {"=", 24}, {"'", 39}, {"\\", 42}, {"`", 50}, {"/", 44},
+        {"RETURN", 36}, {"F5", 96}, {"Cmd", 55}, {"capslock", 57}, {"A", 0}, {"+", 24},
         {" ", std::nullopt}, {"!", std::nullopt}, {"ab", std::nullopt}, {"", std::nullopt},
         {"\xC3\xA9", std::nullopt},      // é is not on the table
         {"a\xCC\x81", std::nullopt},     // a + combining acute is one character, not "a"
@@ -300,7 +270,7 @@ TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
     for (const std::string text : {"None", "capslock"}) EXPECT_THROW(parseFlags(text), InputCommandError) << text;
     const std::vector<std::pair<std::string, KeyCode>> codes = {{"0", 0}, {"65535", 65535}, {"-0", 0}, {"007", 7}};
     for (const auto& [text, code] : codes) EXPECT_EQ(parseKeyCode(text), code) << text;
-    for (const std::string text : {"", "+", " 5", "5 ", "1e2", "99999999999999999999"}) {
+    for (const std::string text : {"", "+", " 5", "5 ", "1e2", "65536", "0x10", "99999999999999999999"}) {
         EXPECT_THROW(parseKeyCode(text), InputCommandError) << "'" << text << "'";
     }
 }
@@ -323,12 +293,9 @@ TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeysAndCho
 }
 
 TEST(CommandArguments, NumbersAreReadWholeAndInRange) {
-    const std::vector<std::tuple<std::string, std::string, double, double>> points = {
-        {"10", "20", 10, 20}, {"-3.5", "+0.25", -3.5, 0.25}, {"0x1p3", ".5", 8, 0.5}, {"1E-3", "7.", 0.001, 7}};
-    for (const auto& [x, y, px, py] : points) {
-        EXPECT_EQ(parsePoint(x, y).x, px) << x;
-        EXPECT_EQ(parsePoint(x, y).y, py) << y;
-    }
+    const std::vector<std::tuple<std::string, std::string, platform::Point>> points = {
+        {"10", "20", {10, 20}}, {"-3.5", "+0.25", {-3.5, 0.25}}, {"0x1p3", ".5", {8, 0.5}}, {"1E-3", "7.", {0.001, 7}}};
+    for (const auto& [x, y, point] : points) EXPECT_EQ(parsePoint(x, y), point) << x << " " << y;
     EXPECT_TRUE(std::isnan(parsePoint("nan", "inf").x));
     for (const auto& [x, y] : std::vector<std::pair<std::string, std::string>>{
              {" 10", "20"}, {"\t1", "2"}, {"10 ", "20"}, {"", "1"}, {"1e999", "0"}, {"0", "-1e999"}, {"1,5", "2"},
@@ -340,7 +307,7 @@ TEST(CommandArguments, NumbersAreReadWholeAndInRange) {
         {"-9223372036854775808", 10, std::numeric_limits<long long>::min()}, {"9223372036854775808", 10, std::nullopt},
         {"-9223372036854775809", 10, std::nullopt},
         {"-", 10, std::nullopt}, {"a", 10, std::nullopt}, {"1F600", 16, 0x1F600}, {"ff", 16, 255},
-        {"g", 16, std::nullopt}};
+        {"g", 16, std::nullopt}, {"", 16, std::nullopt}};
     for (const auto& [text, radix, value] : integers) EXPECT_EQ(parseInteger(text, radix), value) << text;
 }
 

