@@ -16,9 +16,8 @@ namespace {
 int freeDisplayNumber(int from) {
     for (int n = from; n < 1000; ++n) {
         const std::string number = std::to_string(n);
-        if (!std::filesystem::exists("/tmp/.X11-unix/X" + number) && !std::filesystem::exists("/tmp/.X" + number + "-lock")) {
-            return n;
-        }
+        const std::string socket = "/tmp/.X11-unix/X" + number, lock = "/tmp/.X" + number + "-lock";
+        if (!std::filesystem::exists(socket) && !std::filesystem::exists(lock)) return n;
     }
     throw std::runtime_error("no free X display number");
 }
