@@ -5,7 +5,6 @@
 
 #include <future>
 #include <semaphore>
-#include <sstream>
 #include <thread>
 
 #include "capture/capture_stream_output.h"
@@ -169,12 +168,8 @@ TEST(CaptureSessionThreads, FramesFromTheStreamThreadWhileTheMainThreadRefreshes
     });
     EXPECT_EQ(platform.run({"capture-stream"}), 0);
     EXPECT_EQ(platform.capture.streams.back().updates.size(), 6u);
-    std::istringstream in(platform.streams.out());
-    decode::CaptureStreamDecoder decoder;
-    int records = 0;
-    decode::decodeCaptureStream(in, decoder, [&](const decode::FrameRecord&) { ++records; });
-    EXPECT_EQ(records, 12);
-    EXPECT_EQ(decoder.picture(), testing::rgbaOf(frames.back()));
+    EXPECT_EQ(testing::decodeStream(platform.streams.out()),
+              std::pair(std::size_t{12}, testing::rgbaOf(frames.back())));
 }
 
 }  // namespace
