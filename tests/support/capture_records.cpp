@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <sstream>
 
 namespace brisko::testing {
 
@@ -28,6 +29,14 @@ BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed
         byte = static_cast<std::uint8_t>(state >> 24);
     }
     return image;
+}
+
+std::pair<std::size_t, std::vector<std::uint8_t>> decodeStream(const std::string& stream) {
+    std::istringstream in(stream);
+    decode::CaptureStreamDecoder decoder;
+    std::size_t records = 0;
+    decode::decodeCaptureStream(in, decoder, [&](const decode::FrameRecord&) { ++records; });
+    return {records, decoder.picture()};
 }
 
 bool RecordReader::keep(std::string_view record) {

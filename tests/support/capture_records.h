@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "capture_stream_decoder.h"
@@ -26,6 +27,10 @@ std::vector<std::uint8_t> rgbaOf(const BgraImage& image);
 
 // Random bytes in every channel: nothing to compress, every tile different from another seed's.
 BgraImage noiseImage(std::int64_t width, std::int64_t height, std::uint32_t seed, std::int64_t rowPadding = 0);
+
+// Reads a whole stream as the program writes it, preamble first, with the reference decoder: how
+// many records it held and the picture they end with.
+std::pair<std::size_t, std::vector<std::uint8_t>> decodeStream(const std::string& stream);
 
 // Keeps every record an encoder writes and reads each back with the reference decoder.
 class RecordReader {

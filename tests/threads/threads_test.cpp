@@ -5,7 +5,6 @@
 
 #include <future>
 #include <semaphore>
-#include <sstream>
 #include <thread>
 
 #include "capture/capture_stream_output.h"
@@ -108,8 +107,7 @@ TEST(CaptureStreamOutputLanes, EveryLaneCountWritesTheSameBytes) {
         streams.push_back(reader.records());
     }
     ASSERT_EQ(streams[0].size(), 4u);
-    EXPECT_EQ(streams[1], streams[0]) << "2 lanes";
-    EXPECT_EQ(streams[2], streams[0]) << "4 lanes";
+    EXPECT_EQ(streams, std::vector(3, streams[0])) << "1, 2 and 4 lanes";
 }
 
 // Standard output whose one write waits until the reader takes it, or never when the reader is gone.
@@ -169,12 +167,8 @@ TEST(CaptureSessionThreads, FramesFromTheStreamThreadWhileTheMainThreadRefreshes
     });
     EXPECT_EQ(platform.run({"capture-stream"}), 0);
     EXPECT_EQ(platform.capture.streams.back().updates.size(), 6u);
-    std::istringstream in(platform.streams.out());
-    decode::CaptureStreamDecoder decoder;
-    int records = 0;
-    decode::decodeCaptureStream(in, decoder, [&](const decode::FrameRecord&) { ++records; });
-    EXPECT_EQ(records, 12);
-    EXPECT_EQ(decoder.picture(), testing::rgbaOf(frames.back()));
+    EXPECT_EQ(testing::decodeStream(platform.streams.out()),
+              std::pair(std::size_t{12}, testing::rgbaOf(frames.back())));
 }
 
 }  // namespace

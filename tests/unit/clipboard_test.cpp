@@ -51,15 +51,13 @@ TEST(GetClipboard, PrintsTheFirstRequestedTypeThatIsListed) {
 }
 
 TEST(ClipboardCommands, SetReplacesTheContentsWithPlainText) {
-    for (const auto& [argument, text] : std::vector<std::pair<std::string, std::string>>{{"w6k=", "\xC3\xA9"}, {"", ""}}) {
-        fake::FakePlatform platform;
-        platform.pasteboard.items = {{{html}, {{html, bytes("<i>")}}}, {{plainText}, {{plainText, bytes("old")}}}};
-        EXPECT_EQ(platform.run({"set-clipboard", argument}), 0);
-        ASSERT_EQ(platform.pasteboard.items.size(), 1u);
-        EXPECT_EQ(platform.pasteboard.items[0].types, std::vector<std::string>{plainText});
-        EXPECT_EQ(platform.pasteboard.items[0].data[plainText], bytes(text));
-        EXPECT_TRUE(platform.journal.all().empty());
-    }
+    fake::FakePlatform platform;
+    platform.pasteboard.items = {{{html}, {{html, bytes("<i>")}}}, {{plainText}, {{plainText, bytes("old")}}}};
+    EXPECT_EQ(platform.run({"set-clipboard", "w6k="}), 0);
+    ASSERT_EQ(platform.pasteboard.items.size(), 1u);
+    EXPECT_EQ(platform.pasteboard.items[0].types, std::vector<std::string>{plainText});
+    EXPECT_EQ(platform.pasteboard.items[0].data[plainText], bytes("\xC3\xA9"));
+    EXPECT_TRUE(platform.journal.all().empty());
 }
 
 TEST(ClipboardCommands, AccessIsAllowAskOrDefault) {

@@ -4,7 +4,6 @@
 #include <sstream>
 
 #include "entry/command_table.h"
-#include "fake/fake_platform.h"
 
 namespace brisko {
 namespace {
@@ -13,7 +12,6 @@ namespace {
 // program's usage line for it exactly as the program prints them. Commands without a usage line
 // (they take any arguments) only need the word to start a line.
 TEST(ManualPage, HasAnEntryForEveryCommandHeadedByItsUsage) {
-    fake::FakePlatform platform;
     std::ostringstream page;
     page << std::ifstream(BRISKO_MANUAL_PAGE_SOURCE).rdbuf();
     EXPECT_GE(commandTable().size(), 30u);

@@ -16,30 +16,24 @@ const double nan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(WindowListEntry, OwnerAndBoundsMakeAWindowAndTheRestHasDefaults) {
     const platform::Rect bounds{-1440.5, 38, 360, -520};
-    // The entry, and the window it makes (none: the entry is left out).
-    const std::vector<std::tuple<const char*, WindowListEntry, std::optional<platform::ScreenWindow>>> cases = {
-        {"every value", {std::int64_t{902}, bounds, std::int64_t{881}, 0.5, std::int64_t{101}},
-         platform::ScreenWindow{881, 902, bounds, 0.5, 101}},
-        {"integral floating values", {902.0, bounds, 881.0, std::int64_t{0}, 3.0},
-         platform::ScreenWindow{881, 902, bounds, 0.0, 3}},
-        {"defaults", {std::int64_t{7}, bounds, {}, {}, {}}, platform::ScreenWindow{0, 7, bounds, 1.0, 0}},
-        {"values of no such integer", {std::int64_t{7}, bounds, std::int64_t{-1}, nan, 1e30},
-         platform::ScreenWindow{0, 7, bounds, nan, 0}},
-        {"window number beyond 32 bits", {std::int64_t{7}, bounds, std::int64_t{1} << 32, {}, {}},
-         platform::ScreenWindow{0, 7, bounds, 1.0, 0}},
-        {"no owner", {{}, bounds, std::int64_t{881}, {}, {}}, std::nullopt},
+    // The entry, and the window it makes (none: the entry is left out): number, owner, bounds, alpha, layer.
+    using W = std::tuple<std::uint32_t, std::int32_t, platform::Rect, double, std::int64_t>;
+    using I = std::int64_t;
+    const std::vector<std::tuple<const char*, WindowListEntry, std::optional<W>>> cases = {
+        {"every value", {I{902}, bounds, I{881}, 0.5, I{101}}, W{881, 902, bounds, 0.5, 101}},
+        {"integral floating values", {902.0, bounds, 881.0, I{0}, 3.0}, W{881, 902, bounds, 0.0, 3}},
+        {"defaults", {I{7}, bounds, {}, {}, {}}, W{0, 7, bounds, 1.0, 0}},
+        {"values of no such integer", {I{7}, bounds, I{-1}, 2.5, 1e30}, W{0, 7, bounds, 2.5, 0}},
+        {"window number beyond 32 bits", {I{7}, bounds, I{1} << 32, {}, {}}, W{0, 7, bounds, 1.0, 0}},
+        {"no owner", {{}, bounds, I{881}, {}, {}}, std::nullopt},
         {"owner not an integer", {902.5, bounds, {}, {}, {}}, std::nullopt},
-        {"owner beyond 32 bits", {std::int64_t{1} << 31, bounds, {}, {}, {}}, std::nullopt},
-        {"no bounds", {std::int64_t{902}, std::nullopt, {}, {}, {}}, std::nullopt},
+        {"owner beyond 32 bits", {I{1} << 31, bounds, {}, {}, {}}, std::nullopt},
+        {"no bounds", {I{902}, std::nullopt, {}, {}, {}}, std::nullopt},
     };
     for (const auto& [what, entry, expected] : cases) {
-        const std::optional<platform::ScreenWindow> window = screenWindowOf(entry);
-        ASSERT_EQ(window.has_value(), expected.has_value()) << what;
-        if (!window) continue;
-        EXPECT_EQ(std::tuple(window->windowID, window->ownerPID, window->bounds, window->layer),
-                  std::tuple(expected->windowID, expected->ownerPID, expected->bounds, expected->layer)) << what;
-        EXPECT_TRUE(window->alpha == expected->alpha || (std::isnan(window->alpha) && std::isnan(expected->alpha)))
-            << what;
+        const std::optional<platform::ScreenWindow> w = screenWindowOf(entry);
+        const auto made = w ? std::optional(W{w->windowID, w->ownerPID, w->bounds, w->alpha, w->layer}) : std::nullopt;
+        EXPECT_EQ(made, expected) << what;
     }
 }
 
