@@ -25,7 +25,6 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {R"({"kind":"owner","bundle":"com.brisko.desktop"})", "brisko=1"},
         {R"({"kind":"owner","bundle":5,"exec":"brisko-mac-menubar"})", "brisko=1"},
-        {R"( { "exec" : "brisko-mac-menubar" , "kind" : "owner" } )", "brisko=1"},
         // Fields of another type take their defaults: no text, 0, or an empty list.
         {R"({"kind":"exclude","apps":[{"pid":7,"exec":"brisko-mac-menubar"},{"pid":3,"bundle":"com.brisko.desktop"},)"
          R"({"pid":7,"exec":"brisko-mac-menubar"}]})",
@@ -38,11 +37,9 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         {R"({"kind":"exclude","apps":[{"pid":8,"bundle":"com.brisko.desktop"},3]})", "exclude=-"},
         {R"({"kind":"exclude","apps":{"pid":8,"bundle":"com.brisko.desktop"}})", "exclude=-"},
         {hostWindowHit(",\"id\":3"), "refuse=3"},
-        {hostWindowHit(",\"id\":3", "\"x\":\"10\",\"y\":true"), "refuse=3"},
         {hostWindowHit(",\"id\":3,\"alpha\":0"), "refuse=-"},
         {hostWindowHit(",\"id\":3,\"alpha\":null"), "refuse=3"},
         {hostWindowHit(",\"id\":3,\"x\":20,\"w\":-20"), "refuse=3"},
-        {hostWindowHit(",\"id\":3.99"), "refuse=3"},
         {hostWindowHit(",\"id\":4294967295"), "refuse=4294967295"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5],"windows":[{"pid":5,"w":9,"h":9},"x"]})", "refuse=-"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5,"9"],"windows":[{"pid":5,"w":9,"h":9}]})", "refuse=-"},
@@ -55,13 +52,11 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         // Bad lines are named in the message.
         {"[1,2]", "!own-ui-check: not a JSON object: [1,2]"},
         {R"({"kind":"owner"} {})", R"(!own-ui-check: not a JSON object: {"kind":"owner"} {})"},
-        {R"({"kind":"owner",})", R"(!own-ui-check: not a JSON object: {"kind":"owner",})"},
         {"{}", "!own-ui-check: unknown kind in {}"},
         {R"({"kind":"Owner"})", R"(!own-ui-check: unknown kind in {"kind":"Owner"})"},
         // Range is judged after shape and kind, and only for the fields the kind reads.
         {"[1e400]", "!own-ui-check: not a JSON object: [1e400]"},
         {R"({"kind":"hit","x":1e400)", R"(!own-ui-check: not a JSON object: {"kind":"hit","x":1e400)"},
-        {R"({"kind":"hit","x":1e400x})", R"(!own-ui-check: not a JSON object: {"kind":"hit","x":1e400x})"},
         {R"({"kind":"Hit","x":1e400})", R"(!own-ui-check: unknown kind in {"kind":"Hit","x":1e400})"},
         {R"({"kind":"owner","windows":[{"id":-1}],"apps":[{"pid":1e12}]})", "brisko=0"},
         {R"({"kind":"front","x":1e20,"windows":[]})", "front=other"},
@@ -99,8 +94,6 @@ TEST(OwnUiCheck, RunAnswersOnBufferedOutputUntilTheFirstBadCase) {
          "brisko-mac-input: own-ui-check: unknown kind in {\"kind\":\"Owner\"}\n"},
         // Only a carriage return before a line feed belongs to the line ending.
         {"{\"kind\":\"owner\"}\n\r", 2, "brisko=0\n", "brisko-mac-input: own-ui-check: not a JSON object: \r\n"},
-        {"{\"kind\":\"exclude\",\"apps\":[]}\n{\"kind\":\"hit\",\"windows\":[{\"id\":-1}]}\n{}\n", 2, "exclude=-\n",
-         "brisko-mac-input: own-ui-check: number out of range in {\"kind\":\"hit\",\"windows\":[{\"id\":-1}]}\n"},
     };
     for (const auto& [input, status, answers, message] : cases) {
         fake::FakePlatform platform;
