@@ -58,7 +58,6 @@ std::string lineOf(const fake::Happening& happening) {
     return text.str() + flagNames(event.flags);
 }
 
-// One line per entry: happenings or events.
 template <typename Entries>
 std::vector<std::string> linesOf(const Entries& entries) {
     std::vector<std::string> lines;
