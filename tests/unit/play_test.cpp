@@ -32,9 +32,7 @@ json planOf(const std::string& input) {
     fake::FakePlatform platform;
     if (platform.run({"play-check"}, input) != 0) return "!" + platform.streams.err();
     EXPECT_EQ(platform.streams.err(), "");
-    const std::string out = platform.streams.out();
-    EXPECT_EQ(out.find('\n'), out.size() - 1) << "not one line: " << out;
-    return json::parse(out);
+    return json::parse(platform.streams.out());
 }
 
 json refused(const std::string& reason) { return {{"id", "b"}, {"refused", reason}}; }
