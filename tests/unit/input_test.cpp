@@ -32,7 +32,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         Texts events = {};
         EventFlags heldAfter = 0;
     };
-    const std::string base64 = "expected base64-encoded UTF-8 text, got '";
     const std::string scroll = "usage: scroll up|down N [flags]";
     std::vector<Case> cases = {
         {{{"doubleclick", "5", "6"}}, "",
@@ -92,8 +91,8 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         {{{"scroll", "up", "2147483648"}}, scroll},
         {{{"keyup", "0", "cmd, shift"}},
          "unknown modifier ' shift' in flags 'cmd, shift' (want cmd|shift|alt|ctrl|fn or none)"},
-        {{{"set-clipboard", "aGk= "}}, base64 + "aGk= '"},
-        {{{"set-clipboard", "//8="}}, base64 + "//8='"},  // the bytes FF FF
+        {{{"set-clipboard", "aGk= "}}, "expected base64-encoded UTF-8 text, got 'aGk= '"},
+        {{{"set-clipboard", "//8="}}, "expected base64-encoded UTF-8 text, got '//8='"},  // the bytes FF FF
         {{{"key", "+a"}}, "empty key combo part in '+a'"},
         {{{"key", "cmd++c"}}, "empty key combo part in 'cmd++c'"},
         {{{"key", "HYPER+a"}}, "unknown modifier 'hyper' in combo 'HYPER+a'"},
