@@ -39,7 +39,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         {{{"type", "a\r\nb\t\b"}}, "",
          {"keydown \"a\"", "keyup \"a\"", "keydown 36", "keyup 36", "keydown \"b\"", "keyup \"b\"", "keydown 48",
           "keyup 48", "keydown 51", "keyup 51"}},
-        {{{"type", ""}}, ""},
         // Typed text carries no held flags, and leaves them held.
         {{{"keydown", "56", "shift"}, {"type", "A"}}, "", {"flags 56 shift", "keydown \"A\"", "keyup \"A\""},
          flag::shift},
