@@ -27,8 +27,7 @@ void serve(const std::string& text) {
     } catch (const brisko::fake::ProcessExit&) {
         // A command ended the process (for example once the fake stopped creating events).
     }
-    const std::string out = platform.streams.out();
-    std::istringstream answers(out);
+    std::istringstream answers(platform.streams.out());
     for (std::string line; std::getline(answers, line);) {
         if (!line.starts_with("played ")) __builtin_trap();
     }

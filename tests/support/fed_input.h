@@ -12,7 +12,6 @@ namespace brisko::testing {
 // until text is fed or the input is closed, as a read from a pipe does.
 class FedInput final : public std::streambuf {
 public:
-    // Makes the stream read from this input from now on.
     void attachTo(std::istream& in) { in.rdbuf(this); }
     void feed(const std::string& text);
     void close();

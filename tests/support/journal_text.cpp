@@ -18,10 +18,7 @@ std::string flagNames(std::uint64_t flags) {
     return text;
 }
 
-struct Kind {
-    const char* name;
-    std::uint32_t button;  // the pointer button the type stands for
-};
+using Kind = std::pair<const char*, std::uint32_t>;  // the name, and the pointer button the type stands for
 
 Kind kindOf(std::uint32_t type) {
     static const std::map<std::uint32_t, Kind> kinds = {
@@ -39,7 +36,7 @@ std::string lineOf(const fake::Happening& happening) {
     const auto& event = std::get<platform::InputEvent>(happening);
     const Kind kind = kindOf(event.type);
     std::ostringstream text;
-    text << kind.name << ' ';
+    text << kind.first << ' ';
     if (event.type >= 10 && event.type <= 12) {
         if (event.text.empty()) {
             text << event.keyCode;
@@ -52,13 +49,12 @@ std::string lineOf(const fake::Happening& happening) {
         text << event.scrollLines;
     } else {
         text << event.point.x << ',' << event.point.y;
-        if (event.button != kind.button) text << " b" << event.button;
+        if (event.button != kind.second) text << " b" << event.button;
         if (event.clickState) text << " #" << *event.clickState;
     }
     return text.str() + flagNames(event.flags);
 }
 
-// One line per entry: happenings or events.
 template <typename Entries>
 std::vector<std::string> linesOf(const Entries& entries) {
     std::vector<std::string> lines;

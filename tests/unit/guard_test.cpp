@@ -77,9 +77,7 @@ TEST(GuardRules, APressGoesToTheFirstWindowThatTakesItThroughOverlays) {
 }
 
 TEST(GuardRules, TheKeyboardIsTheHostsWhenItsMenuIsOpenOrItsWindowIsFrontmost) {
-    constexpr auto menu = BriskoKeyboardHold::menu;
-    constexpr auto brisko = BriskoKeyboardHold::brisko;
-    constexpr auto other = BriskoKeyboardHold::other;
+    using enum BriskoKeyboardHold;
     const std::vector<std::tuple<const char*, std::vector<ScreenWindow>, BriskoKeyboardHold>> cases = {
         {"host frontmost", {window(1, hostPid)}, brisko},
         {"other app frontmost", {window(1, otherPid), window(2, hostPid)}, other},
