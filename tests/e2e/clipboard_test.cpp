@@ -108,10 +108,8 @@ TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTargetUntilReplacedOr
     };
     for (const auto& [text, latin1] : cases) {
         const auto previous = servingProcesses();
-        const auto start = std::chrono::steady_clock::now();
+        // Its output streams close when it exits (else this waits), although the text is still served.
         expectOutput({"set-clipboard", base64(text)});
-        // The command's output streams closed when it exited, although the text is still served.
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
         for (const pid_t pid : previous) EXPECT_EQ(awaitExit(pid), 0) << "the one before ends when replaced";
         EXPECT_EQ(servingProcesses().size(), 1u);
         for (const std::string target : {"UTF8_STRING", "text/plain;charset=utf-8", "TEXT"}) {
