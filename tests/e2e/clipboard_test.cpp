@@ -78,11 +78,6 @@ protected:
         EXPECT_EQ(get({"public.html"}).changeCount, now) << what << ", read again";
         lastCount = now;
     }
-    void run(const std::vector<std::string>& args, const Environment& env = {}) {
-        const ProgramResult r = runBrisko(args, "", env);
-        EXPECT_EQ(r.status, 0) << args[0] << ": " << r.err;
-        EXPECT_EQ(r.out + r.err, "") << args[0];
-    }
     // Puts data on the clipboard with xclip; returns once xclip owns it.
     void xclipSet(const std::string& target, const std::string& data) {
         const std::string before = peer.ask("clipboard-owner", "owner");
@@ -113,10 +108,8 @@ TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTargetUntilReplacedOr
     };
     for (const auto& [text, latin1] : cases) {
         const auto previous = servingProcesses();
-        const auto start = std::chrono::steady_clock::now();
-        run({"set-clipboard", base64(text)});
-        // The command's output streams closed when it exited, although the text is still served.
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+        // Its output streams close when it exits (else this waits), although the text is still served.
+        expectOutput({"set-clipboard", base64(text)});
         for (const pid_t pid : previous) EXPECT_EQ(awaitExit(pid), 0) << "the one before ends when replaced";
         EXPECT_EQ(servingProcesses().size(), 1u);
         for (const std::string target : {"UTF8_STRING", "text/plain;charset=utf-8", "TEXT"}) {
@@ -127,7 +120,7 @@ TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTargetUntilReplacedOr
         expectChangeCounted("set-clipboard " + text);
     }
     const auto servers = servingProcesses();
-    run({"clear-clipboard"});
+    expectOutput({"clear-clipboard"});
     EXPECT_EQ(awaitExit(servers.at(0)), 0);
     EXPECT_EQ(get({"public.utf8-plain-text"}).rest, R"("types":["org.nspasteboard.TransientType"],"items":[]})");
     expectChangeCounted("clear-clipboard");
@@ -136,9 +129,7 @@ TEST_F(Clipboard, TextSetByTheProgramIsServedUnderEveryTextTargetUntilReplacedOr
 TEST_F(Clipboard, LargeTextIsServedIncrementallyAndOutlivesTheInputStreamThatSetIt) {
     std::string text;
     while (text.size() < (2 << 20)) text += "stream \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\n";
-    const ProgramResult r = runBrisko({"input-stream"}, "set-clipboard " + base64(text) + "\n");
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.err, "");
+    expectOutput({"input-stream"}, "brisko-mac-input input-stream v2\n", {}, "set-clipboard " + base64(text) + "\n");
     const auto servers = servingProcesses();
     ASSERT_EQ(servers.size(), 1u);
     std::string arguments;
@@ -177,7 +168,6 @@ TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypesAndEachNewOwnerIsA
     EXPECT_EQ(get({"public.rtf", "public.png", "public.html"}).rest, found(types, "public.png", "png"));
     EXPECT_EQ(get({"public.utf8-plain-text"}).rest, found(types, "public.utf8-plain-text", "utf8"));
     EXPECT_EQ(get({"STRING"}).rest, found(types, "STRING", "latin"));
-    EXPECT_EQ(get({"public.rtf"}).rest, "\"types\":[" + types + "],\"items\":[]}");
     peer.ask("own-clipboard UTF8_STRING=hunter2 x-kde-passwordManagerHint=secret", "owning");
     EXPECT_EQ(get({"public.utf8-plain-text"}).rest,
               R"("concealed":true,"types":["org.nspasteboard.ConcealedType","public.utf8-plain-text"],"items":[]})");
@@ -201,7 +191,7 @@ TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypesAndEachNewOwnerIsA
 TEST_F(Clipboard, TheCountGoesOnAcrossAServerResetAndTheServingProcessEndsWithTheDisplay) {
     auto server = std::make_unique<XvfbDisplay>(640, 480, std::vector<std::string>{"-reset"});
     const Environment on = {{"DISPLAY", server->name()}};
-    run({"set-clipboard", base64("before")}, on);
+    expectOutput({"set-clipboard", base64("before")}, "", on);
     const std::int64_t before = get({"public.utf8-plain-text"}, on).changeCount;
     WindowClientProcess(windowClientPath(), server->name()).ask("own-clipboard UTF8_STRING=x", "owning");
     // The last client has left, so the server resets, which wipes the root window's properties.
@@ -219,7 +209,7 @@ TEST_F(Clipboard, TheCountGoesOnAcrossAServerResetAndTheServingProcessEndsWithTh
         reset = property.status == 0 && property.out.find("(INTEGER)") == std::string::npos;
     }
     EXPECT_GT(get({"public.utf8-plain-text"}, on).changeCount, before);
-    run({"set-clipboard", base64("after")}, on);
+    expectOutput({"set-clipboard", base64("after")}, "", on);
     const auto servers = servingProcesses();
     ASSERT_EQ(servers.size(), 1u);
     keeper.reset();

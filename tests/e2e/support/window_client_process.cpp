@@ -3,7 +3,10 @@
 #include <cstdio>
 #include <sstream>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "cli/unicode_text.h"
 
@@ -79,6 +82,12 @@ std::string typedText(const std::vector<std::string>& lines) {
         if (last.starts_with("U+")) text += utf8FromScalar(static_cast<char32_t>(std::stoul(last.substr(2), nullptr, 16)));
     }
     return text;
+}
+
+void expectOutput(const std::vector<std::string>& args, const std::string& out, const Environment& env,
+                  std::string_view input) {
+    const ProgramResult r = runBrisko(args, input, env);
+    EXPECT_EQ(std::tuple(r.status, r.out, r.err), std::tuple(0, out, std::string())) << args[0];
 }
 
 }  // namespace brisko::testing

@@ -46,4 +46,8 @@ std::vector<std::string> linesOf(const std::vector<std::string>& lines, const st
 // The text that the key presses among the lines typed, as UTF-8.
 std::string typedText(const std::vector<std::string>& lines);
 
+// Runs the built program to its end and expects it to succeed with this output and no errors.
+void expectOutput(const std::vector<std::string>& args, const std::string& out = "", const Environment& env = {},
+                  std::string_view input = "");
+
 }  // namespace brisko::testing
