@@ -223,8 +223,9 @@ TEST_F(X11Backend, FramesAreTakenOnlyAfterChangesAndAtMostFifteenTimesASecond) {
     for (std::uint32_t color = 1; frames.await(0, 0ms).size() < still + 10; ++color) client.paint("busy", color);
     stream->stop();
     const auto times = frames.await(0, 0ms);
-    // Frames are taken an interval (67 ms) apart; their delivery varies by the time each takes.
-    for (std::size_t i = still + 1; i < times.size(); ++i) EXPECT_GE(times[i] - times[i - 1], 40ms) << "frame " << i;
+    // Frames are taken an interval (67 ms) apart, but each is delivered once it is made, which on a
+    // busy machine can bring two together: the nine intervals after stillness are measured as one.
+    EXPECT_GE(times[still + 9] - times[still], 450ms);
 }
 
 }  // namespace
