@@ -36,9 +36,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
     std::vector<Case> cases = {
         {{{"doubleclick", "5", "6"}}, "",
          {"move 5,6", "leftdown 5,6 #1", "leftup 5,6 #1", "leftdown 5,6 #2", "leftup 5,6 #2"}},
-        {{{"type", "a\r\nb\t\b"}}, "",
-         {"keydown \"a\"", "keyup \"a\"", "keydown 36", "keyup 36", "keydown \"b\"", "keyup \"b\"", "keydown 48",
-          "keyup 48", "keydown 51", "keyup 51"}},
         // Typed text carries no held flags, and leaves them held.
         {{{"keydown", "56", "shift"}, {"type", "A"}}, "", {"flags 56 shift", "keydown \"A\"", "keyup \"A\""},
          flag::shift},
@@ -165,7 +162,6 @@ TEST(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
         {{"type", ""}, key},
         {{"key", "hyper+a"}, key},  // before the combo is read
         {{"keydown", "0", "Cmd"}, key},  // before the flags are read
-        {{"type-unicode", "41"}, key},
         // Arguments read before the check still fail on their own.
         {{"keydown", "x", "none"}, "brisko-mac-input: expected a CGKeyCode integer, got 'x'\n"},
         {{"type-unicode", "D800"}, "brisko-mac-input: expected a hex Unicode code point, got 'D800'\n"},
@@ -174,7 +170,6 @@ TEST(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
         {{"mouseup", "10", "20", "left"}, ""},
         {{"scroll", "up", "1"}, ""},
         {{"keydown", "56", "shift"}, ""},
-        {{"keyup", "0", "none"}, ""},
     };
     for (const auto& [line, err] : cases) {
         fake::FakePlatform platform;
@@ -262,7 +257,7 @@ TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
 TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeysAndChordsAreSplit) {
     const std::vector<std::pair<Line, std::string>> cases = {
         {{"plan-type", ""}, "[]"},
-        {{"plan-type", "hi\n"}, R"(["h","i",{"key":"return"}])"},
+        {{"plan-type", "hi\n\b\t"}, R"(["h","i",{"key":"return"},{"key":"backspace"},{"key":"tab"}])"},
         {{"plan-type", "a\n\rb"}, R"(["a",{"key":"return"},{"key":"return"},"b"])"},
         {{"plan-type", "\r\r\n/"}, R"([{"key":"return"},{"key":"return"},"\/"])"},
         {{"plan-type", "\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7x\x01"}, "[\"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7\",\"x\",\"\\u0001\"]"},
