@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "cli/input_command_error.h"
 #include "cli/process_state.h"
 #include "fake/fake_platform.h"
 #include "ownui/capture_exclusion.h"
@@ -171,53 +170,40 @@ TEST(Refusal, EveryKeyCheckTakesAFreshWindowList) {
     platform.windows.bundles[hostPid] = "com.brisko.desktop";
     const auto panel = window(1, hostPid, {900, 40, 360, 520});
     const auto editor = window(3, otherPid, {0, 0, 800, 600});
-    const std::string whileFrontmost =
-        "refused a key press while Brisko is frontmost: " + processState().briskoOwnUiRefusal;
-    const std::vector<std::pair<std::vector<ScreenWindow>, std::string>> cases = {
-        {{panel, editor}, whileFrontmost}, {{editor, panel}, ""}, {{panel}, whileFrontmost}};
-    for (const auto& [windows, message] : cases) {
+    // The host in front, behind the editor, alone: only the second press is posted.
+    std::vector<int> statuses;
+    for (const auto& windows : std::vector<std::vector<ScreenWindow>>{{panel, editor}, {editor, panel}, {panel}}) {
         platform.windows.windows = windows;
-        std::string refusal;
-        try {
-            refuseIfBriskoFrontmost();
-        } catch (const InputCommandError& e) {
-            refusal = e.message();
-        }
-        EXPECT_EQ(refusal, message) << windows.size();
+        statuses.push_back(platform.run({"type-unicode", "41"}));
     }
+    EXPECT_EQ(statuses, (std::vector<int>{2, 0, 2}));
+    const std::string refused =
+        "brisko-mac-input: refused a key press while Brisko is frontmost: " + processState().briskoOwnUiRefusal + "\n";
+    EXPECT_EQ(platform.streams.err(), refused + refused);
     EXPECT_EQ(platform.windows.windowListQueries, 3);
 }
 
 // The report of own-ui: the host's pids (611 the menu-bar process, 902 the app) and windows, bounds
 // truncated toward zero after negative sizes are made positive; a point is judged on the same list.
-TEST(OwnUiReport, ListsTheHostsWindowsAndJudgesAPointOnTheSameList) {
+// Without a display it fails with the reason, before any window is listed.
+TEST(OwnUiReport, ListsTheHostsWindowsAndJudgesAPointOnTheSameListOnceADisplayIsListed) {
     fake::FakePlatform platform;
     platform.windows.bundles[902] = "com.brisko.desktop";
     platform.windows.paths[611] = "/Applications/Brisko.app/Contents/MacOS/brisko-mac-menubar";
-    platform.capture.content.content = platform::ShareableContent{
-        {{1, 1440, 900}}, {{300, "org.example.editor"}, {902, "com.brisko.desktop"}, {611, ""}}};
     platform.windows.windows = {window(4000000000u, 902, {-1440.5, -0.7, 360.9, 520.2}, -5),
                                 window(15, 611, {200, 300, -50.5, -20}), window(7, 300, {0, 0, 800, 600})};
+    platform.capture.content.content = platform::ShareableContent{{}, {{902, "com.brisko.desktop"}}};
+    EXPECT_EQ(platform.run({"own-ui", "1", "2"}), 2);
+    platform.capture.content.content = platform::ShareableContent{
+        {{1, 1440, 900}}, {{300, "org.example.editor"}, {902, "com.brisko.desktop"}, {611, ""}}};
     EXPECT_EQ(platform.run({"own-ui", "160", "290"}), 0);
-    EXPECT_EQ(platform.streams.out() + platform.streams.err(),
+    EXPECT_EQ(platform.streams.out(),
               "{\"excludedPids\":[611,902],\"briskoWindows\":["
               "{\"id\":4000000000,\"pid\":902,\"layer\":-5,\"x\":-1440,\"y\":0,\"w\":360,\"h\":520},"
               "{\"id\":15,\"pid\":611,\"layer\":0,\"x\":149,\"y\":280,\"w\":50,\"h\":20}],"
               "\"briskoFrontmost\":true,\"keyboard\":\"brisko\",\"refused\":true,\"window\":15}\n");
+    EXPECT_EQ(platform.streams.err(), "brisko-mac-input: own-ui: ScreenCaptureKit could not list displays (no display)\n");
     EXPECT_EQ(platform.windows.windowListQueries, 1);
-}
-
-TEST(OwnUiReport, WithoutADisplayItFailsWithTheReasonAndListsNothing) {
-    const std::vector<platform::ShareableContentResult> cases = {
-        {std::nullopt, std::nullopt}, {platform::ShareableContent{{}, {{902, "com.brisko.desktop"}}}, std::nullopt}};
-    for (const auto& listed : cases) {
-        fake::FakePlatform platform;
-        platform.capture.content = listed;
-        EXPECT_EQ(platform.run({"own-ui", "1", "2"}), 2);
-        EXPECT_EQ(platform.streams.err(), "brisko-mac-input: own-ui: ScreenCaptureKit could not list displays (no display)\n");
-        EXPECT_EQ(platform.streams.out(), "");
-        EXPECT_EQ(platform.windows.windowListQueries, 0);
-    }
 }
 
 }  // namespace

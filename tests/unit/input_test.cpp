@@ -36,9 +36,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
     std::vector<Case> cases = {
         {{{"doubleclick", "5", "6"}}, "",
          {"move 5,6", "leftdown 5,6 #1", "leftup 5,6 #1", "leftdown 5,6 #2", "leftup 5,6 #2"}},
-        {{{"type", "a\r\nb\t\b"}}, "",
-         {"keydown \"a\"", "keyup \"a\"", "keydown 36", "keyup 36", "keydown \"b\"", "keyup \"b\"", "keydown 48",
-          "keyup 48", "keydown 51", "keyup 51"}},
         // Typed text carries no held flags, and leaves them held.
         {{{"keydown", "56", "shift"}, {"type", "A"}}, "", {"flags 56 shift", "keydown \"A\"", "keyup \"A\""},
          flag::shift},
@@ -71,9 +68,8 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         {{{"keydown", "60", "shift"}, {"scroll", "down", "1"}, {"mousemove", "10", "20"}, {"scroll", "up", "+2", "ctrl"}},
          "", {"flags 60 shift", "scroll -3 shift", "move 10,20 shift", "scroll 3 ctrl", "scroll 3 ctrl"},
          flag::control},
-        {{{"type-unicode", "1F600"}, {"type-unicode", "+e9"}, {"type-unicode", "41"}}, "",
-         {"keydown \"\xF0\x9F\x98\x80\"", "keyup \"\xF0\x9F\x98\x80\"", "keydown \"\xC3\xA9\"", "keyup \"\xC3\xA9\"",
-          "keydown \"A\"", "keyup \"A\""}},
+        {{{"type-unicode", "1F600"}, {"type-unicode", "+e9"}}, "",
+         {"keydown \"\xF0\x9F\x98\x80\"", "keyup \"\xF0\x9F\x98\x80\"", "keydown \"\xC3\xA9\"", "keyup \"\xC3\xA9\""}},
         {{{"MouseMove", "1", "2"}}, "unknown command 'MouseMove'"},
         {{{"click", "10", "20", "Left"}}, "unknown mouse button 'Left' (want left|right|middle)", {"move 10,20"}},
         {{{"mousemove", "10", "20", "Left", "cmd"}}, "unknown held button 'Left' (want left|middle|right|none)", {},
@@ -165,7 +161,6 @@ TEST(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
         {{"type", ""}, key},
         {{"key", "hyper+a"}, key},  // before the combo is read
         {{"keydown", "0", "Cmd"}, key},  // before the flags are read
-        {{"type-unicode", "41"}, key},
         // Arguments read before the check still fail on their own.
         {{"keydown", "x", "none"}, "brisko-mac-input: expected a CGKeyCode integer, got 'x'\n"},
         {{"type-unicode", "D800"}, "brisko-mac-input: expected a hex Unicode code point, got 'D800'\n"},
@@ -174,7 +169,6 @@ TEST(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
         {{"mouseup", "10", "20", "left"}, ""},
         {{"scroll", "up", "1"}, ""},
         {{"keydown", "56", "shift"}, ""},
-        {{"keyup", "0", "none"}, ""},
     };
     for (const auto& [line, err] : cases) {
         fake::FakePlatform platform;
@@ -262,7 +256,7 @@ TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
 TEST(KeyVocabulary, TextIsPlannedAsOneStepPerCharacterWithLineBreaksAsKeysAndChordsAreSplit) {
     const std::vector<std::pair<Line, std::string>> cases = {
         {{"plan-type", ""}, "[]"},
-        {{"plan-type", "hi\n"}, R"(["h","i",{"key":"return"}])"},
+        {{"plan-type", "hi\n\b\t"}, R"(["h","i",{"key":"return"},{"key":"backspace"},{"key":"tab"}])"},
         {{"plan-type", "a\n\rb"}, R"(["a",{"key":"return"},{"key":"return"},"b"])"},
         {{"plan-type", "\r\r\n/"}, R"([{"key":"return"},{"key":"return"},"\/"])"},
         {{"plan-type", "\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7x\x01"}, "[\"\xF0\x9F\x87\xAB\xF0\x9F\x87\xB7\",\"x\",\"\\u0001\"]"},

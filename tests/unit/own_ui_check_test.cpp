@@ -61,10 +61,7 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         {R"({"kind":"owner","ignored":[1e999,{"x":[2e999]}],"x":-1e999,"exec":"brisko-mac-menubar"})", "brisko=1"},
     };
     for (const auto& [line, answer] : cases) EXPECT_EQ(outcome(line), answer) << line;
-}
-
-TEST(OwnUiCheck, NumbersOutsideTheirTypeFailInsteadOfWrapping) {
-    fake::FakePlatform platform;
+    // Numbers outside their type fail instead of wrapping.
     const std::vector<std::string> lines = {
         hostWindowHit(",\"id\":4294967296"),
         hostWindowHit(",\"pid\":2147483648"),
