@@ -31,7 +31,7 @@ class InputStreamThreads : public ::testing::Test {
 protected:
     InputStreamThreads() {
         platform.clock.realTime = true;
-        input.attachTo(platform.streams.input);
+        platform.streams.input.std::istream::rdbuf(&input);
         status = std::async(std::launch::async, [this] { return platform.run({"input-stream"}); });
     }
     ~InputStreamThreads() override { finish(); }
