@@ -275,10 +275,8 @@ TEST_F(CaptureSession, ItStreamsTheMainDisplayInPointsAndReplacesTheExclusionWhe
     EXPECT_EQ(testing::decodeStream(platform.streams.out()), std::pair(std::size_t{2}, rgbaOf(second)));
     std::vector<std::vector<std::int32_t>> updates;  // the pids left out by each
     for (const auto& filter : log.updates) updates.push_back(filter.excludedPids);
-    EXPECT_EQ(updates, (std::vector<std::vector<std::int32_t>>{{menuBarPid, panelPid},
-                                                                  {menuBarPid, menuBarPid, panelPid},
-                                                                  {menuBarPid, menuBarPid},
-                                                                  {menuBarPid}}));
+    EXPECT_EQ(updates, (decltype(updates){{menuBarPid, panelPid}, {menuBarPid, menuBarPid, panelPid},
+                                          {menuBarPid, menuBarPid}, {menuBarPid}}));
     EXPECT_EQ(log.updates.front().display.displayID, 5u);
     std::vector<double> timeouts(12, 2000);
     timeouts[9] = 1500;
