@@ -100,15 +100,6 @@ TEST_F(Encoder, OnlyTilesWhereTheSourceSaysItChangedAreComparedUnlessAFrameWasIg
     EXPECT_EQ(output.encodeFrame(hinted, 0), FrameOutcome::sent);
     EXPECT_EQ(reader.readNew().at(0).tiles.size(), 5u) << "all but the tile taken already";
     EXPECT_EQ(reader.decoder().picture(), rgbaOf(second));
-    // Tiles of one colour decode at every size and colour, also beside one of another colour.
-    for (const std::uint32_t bgra : {0xff102030u, 0xff405060u, 0xff102030u}) {
-        BgraImage solid = noiseImage(130, 70, 1);
-        for (std::size_t i = 0; i < solid.bytes.size(); i += 4) {
-            const std::uint32_t colour = i / 4 % 130 < 64 ? bgra : bgra ^ 0xffffffu;
-            std::memcpy(&solid.bytes[i], &colour, 4);
-        }
-        EXPECT_EQ(encode(solid)->size(), 6u);
-    }
 }
 
 TEST(TouchedTiles, AreTheGridCellsTheAreasReachInsideTheFrameAndTheReadCoversTheirRows) {
