@@ -95,8 +95,7 @@ TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
     cut.resize(cut.size() - 2);
     trailing.insert(trailing.end(), {0, 0});
     const auto tiny = [](Bytes data) { return record(2, 2, {{0, 0, 2, 2, std::move(data)}}); };
-    Bytes truncated = stream({first});
-    truncated.pop_back();
+    const Bytes one = stream({first}), truncated(one.begin(), one.end() - 1);
 
     const std::vector<std::pair<Bytes, std::string>> cases = {
         {{}, "the stream ends inside its 8-byte preamble"},
