@@ -1,8 +1,5 @@
 #include "support/capture_records.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
 #include <sstream>
 
 namespace brisko::testing {
@@ -45,24 +42,11 @@ bool RecordReader::keep(std::string_view record) {
 }
 
 std::vector<decode::FrameRecord> RecordReader::readNew() {
+    std::string stream("BCS2\x02\x00\x00\x00", 8);  // the new records, behind a preamble of their own
+    for (; read_ < records_.size(); ++read_) stream += records_[read_];
+    std::istringstream in(stream);
     std::vector<decode::FrameRecord> read;
-    for (; read_ < records_.size(); ++read_) {
-        const std::string& bytes = records_[read_];
-        decode::FrameRecord record;
-        if (bytes.size() < 4) {
-            ADD_FAILURE() << "record " << read_ + 1 << " is " << bytes.size() << " bytes";
-            continue;
-        }
-        const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
-        record.length = static_cast<std::uint32_t>(data[0] | data[1] << 8 | data[2] << 16 | data[3] << 24);
-        EXPECT_EQ(record.length, bytes.size() - 4) << "length field of record " << read_ + 1;
-        try {
-            decoder_.applyRecord({data + 4, bytes.size() - 4}, record);
-        } catch (const decode::MalformedStream& e) {
-            ADD_FAILURE() << "record " << read_ + 1 << ": " << e.what();
-        }
-        read.push_back(record);
-    }
+    decode::decodeCaptureStream(in, decoder_, [&](const decode::FrameRecord& record) { read.push_back(record); });
     return read;
 }
 

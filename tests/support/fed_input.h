@@ -1,7 +1,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <istream>
 #include <mutex>
 #include <streambuf>
 #include <string>
@@ -12,7 +11,6 @@ namespace brisko::testing {
 // until text is fed or the input is closed, as a read from a pipe does.
 class FedInput final : public std::streambuf {
 public:
-    void attachTo(std::istream& in) { in.rdbuf(this); }
     void feed(const std::string& text);
     void close();
     // Waits until the reader has taken everything fed so far and waits for more.

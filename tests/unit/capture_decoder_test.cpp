@@ -90,23 +90,19 @@ const Bytes second = record(130, 70, {tile(64, 0, 64, 64, 2), tile(128, 64, 2, 6
 
 TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
     const std::string atSecond = "record 2 at byte " + std::to_string(8 + first.size()) + ": ";
-    const Bytes twoByTwo = pixels(2, 2, 1);
-    Bytes fewer(twoByTwo.begin(), twoByTwo.end() - 4), more = twoByTwo, transparent = twoByTwo;
-    more.insert(more.end(), {1, 2, 3, 255});
+    Bytes transparent = pixels(2, 2, 1), cut = rawDeflate(transparent), trailing = cut;
     transparent[7] = 0;
-    Bytes cut = rawDeflate(twoByTwo), trailing = rawDeflate(twoByTwo);
     cut.resize(cut.size() - 2);
     trailing.insert(trailing.end(), {0, 0});
     const auto tiny = [](Bytes data) { return record(2, 2, {{0, 0, 2, 2, std::move(data)}}); };
-    Bytes truncated = stream({first});
-    truncated.pop_back();
+    const Bytes one = stream({first}), truncated(one.begin(), one.end() - 1);
 
     const std::vector<std::pair<Bytes, std::string>> cases = {
         {{}, "the stream ends inside its 8-byte preamble"},
         {{'B', 'C', 'S', '2', 2, 0, 0}, "the stream ends inside its 8-byte preamble"},
         {{'B', 'C', 'S', '1', 2, 0, 0, 0}, "the stream does not start with the magic BCS2"},
         {{'B', 'C', 'S', '2', 3, 0, 0, 0}, "the stream has version 3, not 2"},
-        {stream({}, {'B', 'C', 'S', '2', 2, 0, 0, 0, 7, 0}), "record 1 at byte 8: the stream ends inside the length field"},
+        {{'B', 'C', 'S', '2', 2, 0, 0, 0, 7, 0}, "record 1 at byte 8: the stream ends inside the length field"},
         {truncated, "record 1 at byte 8: the stream ends after " + std::to_string(first.size() - 5) + " of the record's " +
                         std::to_string(first.size() - 4) + " bytes"},
         {stream({{8, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}}), "the record is 8 bytes long, shorter than its 12-byte frame header"},
@@ -125,13 +121,13 @@ TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
         {stream({first, record(130, 70, {tile(0, 0, 64, 64), tile(0, 0, 64, 64)})}), "tile 2 (0, 0, 64, 64) is out of grid order"},
         {stream({first, record(130, 70, {tile(0, 0, 130, 70), tile(0, 64, 64, 6)})}),
          "tile 1 (0, 0, 130, 70) is the whole frame but not the record's only tile"},
-        {stream({record(2, 2, {{0, 0, 2, 2, rawDeflate(twoByTwo), 999}})}),
+        {stream({record(2, 2, {{0, 0, 2, 2, {}, 999}})}),
          "tile 1 (0, 0, 2, 2): its 999 bytes of data run past the end of the record"},
         {stream({record(2, 2, {tile(0, 0, 2, 2)}, 2)}), "tile 2 of 2 runs past the end of the record"},
         {stream({record(2, 2, {tile(0, 0, 2, 2)}, std::nullopt, 3)}), "the record has 3 bytes after its last tile"},
         {stream({tiny({0xFF, 0xFF, 0xFF, 0xFF})}), "tile 1 (0, 0, 2, 2): its data is not raw DEFLATE (invalid block type)"},
-        {stream({tiny(rawDeflate(fewer))}), "tile 1 (0, 0, 2, 2): its data inflates to 12 bytes, not the 16 of its pixels"},
-        {stream({tiny(rawDeflate(more))}), "tile 1 (0, 0, 2, 2): its data inflates to more than the 16 bytes of its pixels"},
+        {stream({tiny(rawDeflate(pixels(3, 1, 1)))}), "tile 1 (0, 0, 2, 2): its data inflates to 12 bytes, not the 16 of its pixels"},
+        {stream({tiny(rawDeflate(pixels(5, 1, 1)))}), "tile 1 (0, 0, 2, 2): its data inflates to more than the 16 bytes of its pixels"},
         {stream({tiny(cut)}), "tile 1 (0, 0, 2, 2): its DEFLATE stream is cut short"},
         {stream({tiny(trailing)}), "tile 1 (0, 0, 2, 2): 2 bytes follow the end of its DEFLATE stream"},
         {stream({tiny(rawDeflate(transparent))}), "tile 1 (0, 0, 2, 2): pixel (1, 0) has alpha 0, not 255"},
