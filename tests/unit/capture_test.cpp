@@ -192,7 +192,7 @@ void arrange(fake::FakePlatform& p) {
     p.capture.image.image = platform::CapturedImage{6, 4, std::vector<std::uint8_t>(96)};
 }
 
-TEST(CaptureSession, FailuresAfterThePreambleEndItWithTwo) {
+TEST(CaptureSession, FailuresAfterThePreambleEndItWithTwoUnlessTheInputHasEnded) {
     const std::vector<std::pair<std::function<void(fake::FakePlatform&)>, std::string>> cases = {
         {[](auto& p) { p.capture.content = {std::nullopt, std::nullopt}; },
          "ScreenCaptureKit could not list displays (unknown error). Is Screen Recording granted in System Settings "
@@ -220,6 +220,10 @@ TEST(CaptureSession, FailuresAfterThePreambleEndItWithTwo) {
         EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: " + message + "\n");
         EXPECT_EQ(fresh.sessionLoop.steps.size(), 3u);
     }
+    fake::FakePlatform ended;  // the host closed the input before the start failed: it ends with 0
+    ended.capture.content = {std::nullopt, "gone"};
+    EXPECT_EQ(ended.run({"capture-stream"}), 0);
+    EXPECT_EQ(ended.streams.err(), "");
 }
 
 TEST(CaptureSession, ItStreamsTheMainDisplayInPointsAndReplacesTheExclusionWhenTheHostsPidsChangeAtEachRefresh) {
