@@ -226,7 +226,6 @@ public:
 
     std::ostringstream buffered;
     std::istringstream input;
-    bool failWrites = false;
     // Called by every write to standard output before it is taken, on the writing thread.
     std::function<void()> beforeWrite;
     std::atomic<int> immediateExits{0};
@@ -238,14 +237,11 @@ private:
     std::string err_;
 };
 
-// Records which signal dispositions were asked for; no signal is ever delivered.
+// No signal is ever delivered to an in-process command, so what it asks for changes nothing.
 class FakeSignals final : public platform::ProcessSignals {
 public:
-    void ignoreBrokenPipe() override { brokenPipeIgnored = true; }
-    void exitZeroOnTerminate() override { terminateExitsZero = true; }
-
-    bool brokenPipeIgnored = false;
-    bool terminateExitsZero = false;
+    void ignoreBrokenPipe() override {}
+    void exitZeroOnTerminate() override {}
 };
 
 // A session loop that plays a script: each wait with a time limit runs the next step (which may
@@ -258,13 +254,12 @@ public:
     using Step = std::function<Wake()>;
 
     explicit FakeSessionLoop(FakeClock& clock) : clock_(clock) {}
-    void open() override { opened = true; }
+    void open() override {}
     Wake wait(double timeoutMs) override;
     void post() override;
     // Steps that let the time run out n times, doing nothing else.
     void idle(int n);
 
-    bool opened = false;
     std::deque<Step> steps;
     std::vector<double> timeouts;  // of every wait with a time limit, in order
 

@@ -5,15 +5,12 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "capture_stream_decoder.h"
-
 namespace brisko::testing {
 
 CaptureStreamProcess::CaptureStreamProcess(const std::string& display, RecordObserver onRecord)
     : process_(programPath(), {"capture-stream"}, display.empty() ? Environment{} : Environment{{"DISPLAY", display}}),
       onRecord_(std::move(onRecord)),
       stop_(::eventfd(0, EFD_CLOEXEC)),
-      decoder_(std::make_unique<decode::CaptureStreamDecoder>()),
       reader_([this] { read(); }) {}
 
 CaptureStreamProcess::~CaptureStreamProcess() {
@@ -59,10 +56,10 @@ void CaptureStreamProcess::applyWholeRecords() {
                                          std::uint32_t{data[applied_ + 3]} << 24;
             if (bytes_.size() - applied_ - 4 < length) break;
             decode::FrameRecord record;
-            decoder_->applyRecord({data + applied_ + 4, length}, record);
+            decoder_.applyRecord({data + applied_ + 4, length}, record);
             applied_ += 4 + length;
             ++records_;
-            picture_ = {decoder_->width(), decoder_->height(), decoder_->picture()};
+            picture_ = {decoder_.width(), decoder_.height(), decoder_.picture()};
             if (onRecord_) onRecord_(picture_);
         }
     } catch (const decode::MalformedStream& e) {

@@ -3,18 +3,14 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 
+#include "capture_stream_decoder.h"
 #include "support/png_image.h"
 #include "support/process.h"
-
-namespace brisko::decode {
-class CaptureStreamDecoder;
-}
 
 namespace brisko::testing {
 
@@ -65,7 +61,7 @@ private:
     std::mutex lock_;
     std::condition_variable changed_;
     std::string bytes_;
-    std::unique_ptr<decode::CaptureStreamDecoder> decoder_;
+    decode::CaptureStreamDecoder decoder_;
     std::size_t applied_ = 0;  // bytes of bytes_ taken by whole records (and the preamble)
     std::string fault_;
     RgbaPicture picture_;
