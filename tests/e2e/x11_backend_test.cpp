@@ -40,7 +40,6 @@ protected:
                             static_cast<std::uint32_t>(values.size()), values.data());
         std::free(atom);
     }
-    void sync() { std::free(xcb_get_input_focus_reply(own, xcb_get_input_focus(own), nullptr)); }
     // Mapped at once; override-redirect: a window manager that runs leaves the test's windows alone.
     xcb_window_t makeWindow(xcb_window_t parent, Rect r, int border, std::uint16_t windowClass = XCB_WINDOW_CLASS_INPUT_OUTPUT) {
         const xcb_window_t w = xcb_generate_id(own);
@@ -162,7 +161,7 @@ TEST_F(X11Backend, TheWindowTreeGivesViewableClientsWithTheFramesBoundsAndTheSer
     const xcb_window_t decoratedEarly = makeWindow(screen->root, {700, 300, 70, 80}, 0);  // no WM_STATE yet
     manage(late, makeWindow(decoratedEarly, {5, 25, 60, 50}, 0), 0, 0, false);
     const xcb_window_t panel = makeWindow(screen->root, {0, 0, 1440, 24}, 0);  // the manager's own
-    sync();
+    std::free(xcb_get_input_focus_reply(own, xcb_get_input_focus(own), nullptr));  // all of it done
 
     const auto list = listed({direct, nested, menu, late, frame, outer, wrapper, popup, decoratedEarly, panel, bordered,
                               hidden, inputOnly});
@@ -180,27 +179,25 @@ TEST_F(X11Backend, TheWindowTreeGivesViewableClientsWithTheFramesBoundsAndTheSer
 }
 
 // When each frame of a stream came; each must be complete.
-class FrameTimes final : public platform::FrameStreamOutput {
-public:
+struct FrameTimes final : platform::FrameStreamOutput {
     bool didOutputFrame(const platform::BgraFrameView&, platform::FrameStatus status) override {
         EXPECT_EQ(status, 0);
-        const std::lock_guard guard(lock_);
-        times_.push_back(Clock::now());
-        arrived_.notify_all();
+        const std::lock_guard guard(lock);
+        times.push_back(Clock::now());
+        arrived.notify_all();
         return true;
     }
     void didStopWithError(const std::string&) override { ADD_FAILURE() << "the stream stopped"; }
     // The times so far, once there are at least count of them or the timeout has passed.
     std::vector<Clock::time_point> await(std::size_t count, std::chrono::milliseconds timeout = 5s) {
-        std::unique_lock guard(lock_);
-        arrived_.wait_for(guard, timeout, [&] { return times_.size() >= count; });
-        return times_;
+        std::unique_lock guard(lock);
+        arrived.wait_for(guard, timeout, [&] { return times.size() >= count; });
+        return times;
     }
 
-private:
-    std::mutex lock_;
-    std::condition_variable arrived_;
-    std::vector<Clock::time_point> times_;
+    std::mutex lock;
+    std::condition_variable arrived;
+    std::vector<Clock::time_point> times;
 };
 
 TEST_F(X11Backend, FramesAreTakenOnlyAfterChangesAndAtMostFifteenTimesASecond) {
