@@ -22,18 +22,10 @@ std::string base64(const std::string& text) { return base64Encode(platform::Byte
 // The processes of the program that serve the clipboard: children of this process once adopted.
 std::vector<pid_t> servingProcesses() {
     std::vector<pid_t> found;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        std::ifstream stat(entry.path() / "stat");
-        std::string text;
-        if (!std::getline(stat, text) || text.rfind(')') == std::string::npos) continue;
-        std::istringstream fields(text.substr(text.rfind(')') + 2));
-        char state = '?';
-        pid_t parent = 0;
-        fields >> state >> parent;
+    const ProgramResult children = runProgram("pgrep", {"-P", std::to_string(::getpid()), "-r", "R,S,D,T"});
+    for (const std::string& pid : words(children.out)) {
         std::error_code error;
-        if (parent == ::getpid() && state != 'Z' && fs::read_symlink(entry.path() / "exe", error) == programPath()) {
-            found.push_back(static_cast<pid_t>(std::stol(entry.path().filename())));
-        }
+        if (fs::read_symlink("/proc/" + pid + "/exe", error) == programPath()) found.push_back(std::stoi(pid));
     }
     return found;
 }
@@ -147,7 +139,6 @@ TEST_F(Clipboard, ContentsOfOtherOwnersAreFoundUnderTheirTypesAndEachNewOwnerIsA
     for (int i = 0; i < 3000; ++i) png += static_cast<char>(i * 7);
     // The target xclip offers, its data, and the type it is found under.
     const std::vector<std::tuple<std::string, std::string, std::string>> cases = {
-        {"text/html", "<p>caf\xC3\xA9 <b>bold</b></p>", "public.html"},
         {"image/png", png + std::string(4, '\0'), "public.png"},
         {"text/rtf", "{\\rtf1\\ansi hi}", "public.rtf"},
         {"application/x-custom", "custom", "application/x-custom"},

@@ -66,7 +66,7 @@ protected:
     std::uint32_t desk = 0, editor = 0, panel = 0, ghost = 0, left = 0, through = 0, bar = 0;
 };
 
-TEST_F(HostScene, OwnUiReportsTheHostWindowsTheKeyboardAndWhichPressesWouldBeRefused) {
+TEST_F(HostScene, OwnUiReportsTheHostWindowsAndWhichPressesWouldBeRefusedAndThoseAreRefusedWithNothingArriving) {
     const std::vector<std::tuple<int, int, std::optional<std::uint32_t>>> presses = {
         {1150, 450, panel},        // through another application's open menu
         {1260, 200, std::nullopt}, // one pixel right of the panel
@@ -81,9 +81,6 @@ TEST_F(HostScene, OwnUiReportsTheHostWindowsTheKeyboardAndWhichPressesWouldBeRef
                                           : "\"refused\":false,\"window\":null";
         EXPECT_EQ(r.out, report() + "," + hit + "}\n") << x << "," << y;
     }
-}
-
-TEST_F(HostScene, PressesAimedAtTheHostAreRefusedAndNothingArrivesAnywhere) {
     const std::vector<std::tuple<std::vector<std::string>, std::string, std::string>> refused = {
         {{"doubleclick", "650", "650"}, "", refusedPress(650, 650, ghost)},
         {{"input-stream"}, "mousedown 1220 350 left\nmouseup 1220 350 left\nkeydown 0 none\nkeyup 0 none\n",

@@ -2,7 +2,7 @@
 // a real X server: what a window of the window client receives.
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <cstdio>
 
 #include "cli/unicode_text.h"
 #include "support/window_client_process.h"
@@ -37,9 +37,11 @@ protected:
     WindowClientProcess app;
 };
 
-TEST_F(ProgramInput, PointerCommandsArriveAtTheirPointWithEveryButtonReleased) {
+TEST_F(ProgramInput, PointerCommandsArriveAtTheirPointWithTheirOwnFlagsAndEveryButtonReleased) {
+    received({"keydown", "56", "shift"});
     const std::vector<std::pair<std::vector<std::string>, Lines>> cases = {
-        {{"move", "400", "300"}, {"motion app 400 300 none"}},
+        // A key held by an earlier process is let go first: no command here is a shift-click.
+        {{"move", "400", "300"}, {"keyrelease app 50 0xffe1 shift", "motion app 400 300 none"}},
         {{"click", "300", "200"}, {"motion app 300 200 none", "press app 1 300 200 none", "release app 1 300 200 button1"}},
         {{"click", "321.6", "222.4", "right"},
          {"motion app 322 222 none", "press app 3 322 222 none", "release app 3 322 222 button3"}},
@@ -97,18 +99,12 @@ TEST_F(ProgramInput, KeyCombosArriveWithTheirModifiersAndLeaveNothingHeld) {
         {"home", 0xff50}, {"end", 0xff57}, {"pageup", 0xff55}, {"pagedown", 0xff56}, {"right", 0xff53},
         {"down", 0xff54}, {"up", 0xff52}};
     for (unsigned n = 1; n <= 12; ++n) keys.push_back({"f" + std::to_string(n), 0xffbd + n});  // F1 is 0xffbe
-    for (const char c : std::string("asdfghjklqwertyuiopzxcvbnm1234567890-=[];'\\,./`")) {
-        keys.push_back({{c}, unsigned(c)});
-    }
-    Lines expected, arrived;
+    for (char c : std::string("asdfghjklqwertyuiopzxcvbnm1234567890-=[];'\\,./`")) keys.push_back({{c}, unsigned(c)});
     for (const auto& [name, keysym] : keys) {
-        std::ostringstream hex;
-        hex << "0x" << std::hex << keysym << " none";
-        expected.push_back(hex.str());
-        const Lines pressed = pressedKeys(received({"key", name}));
-        arrived.insert(arrived.end(), pressed.begin(), pressed.end());
+        char pressed[32];
+        std::snprintf(pressed, sizeof pressed, "0x%x none", keysym);
+        EXPECT_EQ(pressedKeys(received({"key", name})), Lines{pressed}) << name;
     }
-    EXPECT_EQ(arrived, expected);
 }
 
 TEST_F(ProgramInput, ModifierKeysPressTheirSideAndFlagsHoldAcrossTheStreamsCommands) {
@@ -127,35 +123,29 @@ TEST_F(ProgramInput, ModifierKeysPressTheirSideAndFlagsHoldAcrossTheStreamsComma
 }
 
 TEST_F(ProgramInput, FlagsHoldModifiersForTheirEventOnlyAndOnlyExplicitPressesStayDown) {
-    // What the server holds ("KEYS STATE") after each command (keycodes: a 38, Shift_L 50): inside
-    // one stream, and as one-shot commands where a step does not rely on a modifier held by an earlier one.
-    const std::vector<std::tuple<std::string, std::string, bool>> steps = {
-        {"scroll up 1 shift", "none none", true},
-        {"mousemove 310 300 none cmd", "none none", true},
-        {"mousedown 300 300 left ctrl,alt", "none button1", true},
-        {"mouseup 300 300 left cmd", "none none", true},
-        {"keydown 0 cmd,shift", "38 none", true},
-        {"keyup 0 alt", "none none", true},
-        {"keydown 56 shift", "50 shift", true},
-        {"mousedown 300 300 right ctrl", "50 shift+button3", false},
-        {"mouseup 300 300 right none", "50 shift", false},
-        {"type-unicode 62", "50 shift", false},
-        {"keyup 56 none", "none none", true},
+    // What the server holds ("KEYS STATE") after each command of one stream (keycodes: a 38, Shift_L 50).
+    const std::vector<std::pair<std::string, std::string>> steps = {
+        {"scroll up 1 shift", "none none"},
+        {"mousemove 310 300 none cmd", "none none"},
+        {"mousedown 300 300 left ctrl,alt", "none button1"},
+        {"mouseup 300 300 left cmd", "none none"},
+        {"keydown 0 cmd,shift", "38 none"},
+        {"keyup 0 alt", "none none"},
+        {"keydown 56 shift", "50 shift"},
+        {"mousedown 300 300 right ctrl", "50 shift+button3"},
+        {"mouseup 300 300 right none", "50 shift"},
+        {"type-unicode 62", "50 shift"},
+        {"keyup 56 none", "none none"},
     };
     Process stream(programPath(), {"input-stream"});
     for (std::size_t i = 0; i < steps.size(); ++i) {
-        const auto& [command, held, oneShot] = steps[i];
+        const auto& [command, held] = steps[i];
         ASSERT_TRUE(stream.write(command + "\nplay s" + std::to_string(i) + " 0 0\n"));
         ASSERT_TRUE(stream.waitForOutput("played s" + std::to_string(i) + " ok 0")) << command;
         EXPECT_EQ(app.held(), held) << command;
     }
     stream.closeInput();
     EXPECT_EQ(stream.finish().err, "");
-    for (const auto& [command, held, oneShot] : steps) {
-        if (!oneShot) continue;
-        EXPECT_EQ(runBrisko(words(command)).status, 0) << command;
-        EXPECT_EQ(app.held(), held) << command << ", one-shot";
-    }
 }
 
 TEST_F(ProgramInput, AKeyCodeWithNoKeysymPostsNothingAndEndsTheProcessLikeAnyEventThatCannotBeMade) {
@@ -163,13 +153,6 @@ TEST_F(ProgramInput, AKeyCodeWithNoKeysymPostsNothingAndEndsTheProcessLikeAnyEve
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.err, "brisko-mac-input: failed to create CGEvent\n");
     EXPECT_EQ(app.events(), Lines{"motion app 350 350 none"});
-    expectNothingHeld();
-}
-
-TEST_F(ProgramInput, AKeyHeldByAnEarlierProcessDoesNotTurnAClickIntoAShiftClick) {
-    received({"keydown", "56", "shift"});
-    EXPECT_EQ(app.held(), "50 shift");
-    EXPECT_EQ(linesOf(received({"click", "300", "300"}), "press"), Lines{"press app 1 300 300 none"});
     expectNothingHeld();
 }
 

@@ -16,9 +16,7 @@ namespace {
 TEST(ProgramProbes, ReportTheDisplayAndTheModifiersAndScreenSaverOnIt) {
     testDisplay();
     expectOutput({"check"}, "screen=1 input=1\n");
-    expectOutput({"geometry"}, "1440 900 1440 900\n");
     const std::pair<std::vector<std::string>, std::string> steps[] = {
-        {{"keyup", "56", "none"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n"},
         {{"keydown", "58", "cmd,shift,alt,ctrl"}, "hid=0x001E0000 modifiers=0x001E0000 baseline=0\n"},
         {{"keyup", "55", "none"}, "hid=0x00000000 modifiers=0x00000000 baseline=1\n"},
         {{"keydown", "57", "none"}, "hid=0x00010000 modifiers=0x00010000 baseline=0\n"},  // caps lock on
@@ -84,14 +82,6 @@ TEST(ProgramWithoutDisplay, EveryCommandSaysWhatItCanAndFailsWhereItNeedsTheDisp
         EXPECT_EQ(std::tuple(r.status, r.out, r.err), std::tuple(status, out, err)) << args[0];
     }
     EXPECT_FALSE(std::filesystem::exists(shot));
-    // capture-stream fails with its input open; once the host has closed it, the session is over.
-    const std::string preamble("BCS2\x02\x00\x00\x00", 8);
-    const ProgramResult open = Process(programPath(), {"capture-stream"}, nowhere).finish();
-    EXPECT_EQ(std::tuple(open.status, open.out, open.err),
-              std::tuple(2, preamble, "brisko-mac-input: " + listFailure + ". Is Screen Recording granted in System "
-                                      "Settings \u2192 Privacy & Security \u2192 Screen Recording?\n"));
-    const ProgramResult ended = Process(programPath(), {"capture-stream"}, nowhere, Streams::outputOnly).finish();
-    EXPECT_EQ(std::tuple(ended.status, ended.out), std::tuple(0, preamble));
 }
 
 // Two monitors side by side, the primary one on the right: its top-left corner is where points and
