@@ -195,19 +195,18 @@ void arrange(fake::FakePlatform& p) {
 TEST(CaptureSession, FailuresAfterThePreambleEndItWithTwoUnlessTheInputHasEnded) {
     const std::vector<std::pair<std::function<void(fake::FakePlatform&)>, std::string>> cases = {
         {[](auto& p) { p.capture.content = {std::nullopt, std::nullopt}; },
-         "ScreenCaptureKit could not list displays (unknown error). Is Screen Recording granted in System Settings "
+         "could not list displays (unknown error). Is Screen Recording granted in System Settings "
          "\u2192 Privacy & Security \u2192 Screen Recording?"},
-        {[](auto& p) { p.capture.content.content->displays.clear(); },
-         "ScreenCaptureKit reported no displays to capture"},
-        {[](auto& p) { p.capture.outputError = "no room"; }, "ScreenCaptureKit refused the stream output: no room"},
-        {[](auto& p) { p.capture.startError = "BadMatch"; }, "ScreenCaptureKit could not start capturing: BadMatch"},
+        {[](auto& p) { p.capture.content.content->displays.clear(); }, "reported no displays to capture"},
+        {[](auto& p) { p.capture.outputError = "no room"; }, "refused the stream output: no room"},
+        {[](auto& p) { p.capture.startError = "BadMatch"; }, "could not start capturing: BadMatch"},
         {[](auto& p) {
              p.sessionLoop.steps.push_back([&p] {
                  p.capture.streams.back().output->didStopWithError("the display went away");
                  p.capture.streams.back().output->didStopWithError("a second stop is not reported");
                  return Wake::timedOut;
              });
-         }, "ScreenCaptureKit stopped the stream: the display went away"},
+         }, "stopped the stream: the display went away"},
     };
     for (const auto& [breakIt, message] : cases) {
         SCOPED_TRACE(message);
@@ -217,7 +216,7 @@ TEST(CaptureSession, FailuresAfterThePreambleEndItWithTwoUnlessTheInputHasEnded)
         fresh.sessionLoop.idle(3);  // never reached: the session ends first
         EXPECT_EQ(fresh.run({"capture-stream"}), 2);
         EXPECT_EQ(fresh.streams.out(), preamble);
-        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: " + message + "\n");
+        EXPECT_EQ(fresh.streams.err(), "brisko-mac-input: ScreenCaptureKit " + message + "\n");
         EXPECT_EQ(fresh.sessionLoop.steps.size(), 3u);
     }
     fake::FakePlatform ended;  // the host closed the input before the start failed: it ends with 0
