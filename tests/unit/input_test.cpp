@@ -75,8 +75,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         {{{"mousemove", "10", "20", "Left", "cmd"}}, "unknown held button 'Left' (want left|middle|right|none)", {},
          flag::command},
         {{{"mousemove", "x", "20", "left", "cmd"}}, "expected numeric coordinates, got 'x 20'"},
-        {{{"mousemove", "1", "2", "left", "Cmd"}},
-         "unknown modifier 'Cmd' in flags 'Cmd' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"mouseup", "1", "2", "center", "shift"}}, "unknown mouse button 'center' (want left|right|middle)", {},
          flag::shift},
         {{{"scroll", "left", "3", "cmd"}}, "unknown scroll direction 'left' (want up|down)", {}, flag::command},
@@ -245,7 +243,7 @@ TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
     const std::vector<std::pair<std::string, EventFlags>> flags = {
         {"none", 0}, {"", 0}, {",,", 0}, {"cmd,,shift", 0x120000}, {"shift,shift", 0x20000}, {"fn,ctrl,alt", 0x8C0000}};
     for (const auto& [text, value] : flags) EXPECT_EQ(parseFlags(text), value) << text;
-    for (const std::string text : {"None", "capslock"}) EXPECT_THROW(parseFlags(text), InputCommandError) << text;
+    for (const char* text : {"None", "Cmd", "capslock"}) EXPECT_THROW(parseFlags(text), InputCommandError) << text;
     const std::vector<std::pair<std::string, KeyCode>> codes = {{"0", 0}, {"65535", 65535}, {"-0", 0}, {"007", 7}};
     for (const auto& [text, code] : codes) EXPECT_EQ(parseKeyCode(text), code) << text;
     for (const std::string text : {"", "+", " 5", "5 ", "1e2", "65536", "0x10", "99999999999999999999"}) {
