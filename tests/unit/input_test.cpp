@@ -203,9 +203,6 @@ TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePo
         {{"type", "abc"}, 3, flag::alternate},
         {{"keydown", "56", "shift"}, 0, flag::shift},
         {{"keyup", "55", "none"}, 0, 0},
-        {{"keyup", "4", "cmd"}, 0, flag::alternate},
-        {{"mousemove", "1", "2", "left", "cmd"}, 0, flag::command},
-        {{"scroll", "up", "3", "shift"}, 0, flag::shift},
         // cmd+shift+4: 0 cmd down, 1 shift down, 2 key down, 3 key up, 4 shift up, 5 cmd up.
         {{"key", "cmd+shift+4"}, 0, flag::command},
         {{"key", "cmd+shift+4"}, 1, flag::command | flag::shift},
