@@ -54,7 +54,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
           "leftdrag 1.25,-3.5 alt", "leftdrag 1,-4 alt", "leftdrag 0.75,-4.5 alt", "leftdrag 0.5,-5 alt",
           "leftdrag 0.25,-5.5 alt", "leftdrag 0,-6 alt", "leftup 0,-6 alt"},
          flag::alternate},
-        {{{"mousedown", "400", "220", "right", "cmd"}}, "", {"rightdown 400,220 #1 cmd"}, flag::command},
         {{{"mouseup", "5", "5", "right", "cmd"}, {"mouseup", "6", "7", "middle"}, {"mouseup", "8", "9", "left", "none"}},
          "", {"rightup 5,5 #1 cmd", "otherup 6,7 #1 cmd", "leftup 8,9 #1"}},
         {{{"mousemove", "10", "20"}, {"mousemove", "1", "2", "none"}, {"mousemove", "3", "4", "left"},
@@ -164,7 +163,6 @@ TEST(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
         {{"type-unicode", "D800"}, "brisko-mac-input: expected a hex Unicode code point, got 'D800'\n"},
         {{"move", "10", "20"}, ""},
         {{"drag", "900", "900", "10", "10"}, ""},  // ends on the panel
-        {{"mouseup", "10", "20", "left"}, ""},
         {{"scroll", "up", "1"}, ""},
         {{"keydown", "56", "shift"}, ""},
     };
