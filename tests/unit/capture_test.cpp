@@ -335,7 +335,6 @@ TEST(TileCompare, FindsTheFirstChangedRowAndConvertsToOpaqueRgbaWhateverTheWidth
 TEST(CursorOverlay, BlendsPremultipliedColourClippedToTheCanvas) {
     const std::vector<std::pair<std::uint32_t, std::array<std::uint8_t, 4>>> blends = {
         {0xFF102030, {0x30, 0x20, 0x10, 77}},  // opaque: the cursor's colour, the alpha byte kept
-        {0x00000000, {200, 100, 0, 77}},       // transparent: the canvas
         {0x80404040, {164, 114, 64, 77}},      // half-transparent grey
         {0x00FFFFFF, {255, 255, 255, 77}},     // additive (premultiplied with alpha 0): adds, clamped
     };
