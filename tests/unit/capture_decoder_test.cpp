@@ -98,7 +98,6 @@ TEST(CaptureDecoder, ReportsWhereAndHowAStreamIsMalformed) {
     const Bytes one = stream({first}), truncated(one.begin(), one.end() - 1);
 
     const std::vector<std::pair<Bytes, std::string>> cases = {
-        {{}, "the stream ends inside its 8-byte preamble"},
         {{'B', 'C', 'S', '2', 2, 0, 0}, "the stream ends inside its 8-byte preamble"},
         {{'B', 'C', 'S', '1', 2, 0, 0, 0}, "the stream does not start with the magic BCS2"},
         {{'B', 'C', 'S', '2', 3, 0, 0, 0}, "the stream has version 3, not 2"},
