@@ -83,7 +83,6 @@ TEST(GuardRules, TheKeyboardIsTheHostsWhenItsMenuIsOpenOrItsWindowIsFrontmost) {
         {"host only at other layers",
          {window(1, hostPid, square, 3), window(2, hostPid, square, 25), window(3, otherPid, square, 100)}, other},
         {"transparent host in front", {window(1, hostPid, square, 0, 0), window(2, otherPid)}, other},
-        {"transparent host menu", {window(1, hostPid, square, menuLayer, 0), window(2, otherPid)}, other},
         {"host menu of no height", {window(1, hostPid, {0, 0, 10, nan}, menuLayer)}, other},
     };
     fake::FakePlatform platform;
