@@ -198,7 +198,6 @@ TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePo
     // The command, the first event that cannot be created, and the flags held after (alt before).
     const std::vector<std::tuple<Line, std::size_t, EventFlags>> cases = {
         {{"click", "1", "2"}, 2, flag::alternate},
-        {{"type", "abc"}, 3, flag::alternate},
         {{"keydown", "56", "shift"}, 0, flag::shift},
         // cmd+shift+4: 0 cmd down, 1 shift down, 2 key down, 3 key up, 4 shift up, 5 cmd up.
         {{"key", "cmd+shift+4"}, 0, flag::command},
