@@ -44,7 +44,6 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
          "refuse=6"},
         {R"({"kind":"front","briskoPids":[],"windows":[{"id":1,"pid":5,"w":10,"h":10}]})", "front=other"},
         {R"({"kind":"front","briskoPids":[5],"windows":[{"id":1,"pid":5,"w":10,"h":10,"layer":3}]})", "front=other"},
-        {R"({"kind":"front","briskoPids":[5],"windows":[{"pid":5,"w":10,"h":10,"layer":0.5}]})", "front=brisko"},
         // Bad lines are named in the message.
         {R"({"kind":"owner"} {})", R"(!own-ui-check: not a JSON object: {"kind":"owner"} {})"},
         {"{}", "!own-ui-check: unknown kind in {}"},
