@@ -132,15 +132,19 @@ TEST_F(Capture, BeneathTheHostIsTheRootWindowsOwnBackgroundAndWindowsOnlyWhereTh
     app.ask("background 5a6b7c", "background");
     WindowClientProcess brisko(menubarClientPath());
     brisko.map("panel", host.spec(hostBlue));
-    CaptureStreamProcess stream;
-    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
-    app.ask("background 102030", "background");  // read afresh for every frame
-    EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x102030); }));
+    {
+        CaptureStreamProcess stream;
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x5a6b7c); }));
+        app.ask("background 102030", "background");  // read afresh for every frame
+        EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) { return filled(p, host, 0x102030); }));
+    }
     brisko.unmap("panel");
     app.map("under", Box{300, 200, 400, 300}.spec(red));
     app.map("shaped", Box{350, 250, 200, 100}.spec(green) + " shape=100,50");
-    // The host's panel covers only its top-left 300 x 150: below that, the screen as it is.
+    // The host's panel covers only its top-left 300 x 150: below that, the screen as it is. A new
+    // stream makes its first frame with the shaped windows there, not from pixels an earlier frame kept.
     brisko.map("shaped-panel", host.spec(hostBlue) + " shape=300,150");
+    CaptureStreamProcess stream;
     EXPECT_TRUE(stream.waitForPicture([&](const RgbaPicture& p) {
         return filled(p, {350, 250, 100, 50}, green) && filled(p, {450, 250, 150, 100}, red) &&
                filled(p, {350, 300, 100, 50}, red) && filled(p, {300, 350, 400, 150}, red);
