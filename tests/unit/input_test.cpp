@@ -81,6 +81,8 @@ TEST(InputCommands, EachPostsItsSequenceOrFailsInOneLineKeepingWhatCameBefore) {
         {{{"scroll", "up", "0", "cmd"}}, scroll},
         {{{"scroll", "up", "-2"}}, scroll},
         {{{"scroll", "up", "2147483648"}}, scroll},
+        {{{"keydown", "56", "Shift"}},
+         "unknown modifier 'Shift' in flags 'Shift' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"keyup", "0", "cmd, shift"}},
          "unknown modifier ' shift' in flags 'cmd, shift' (want cmd|shift|alt|ctrl|fn or none)"},
         {{{"set-clipboard", "aGk= "}}, "expected base64-encoded UTF-8 text, got 'aGk= '"},
