@@ -149,6 +149,7 @@ void FakeSessionLoop::idle(int n) {
 }
 
 bool FakeStreams::writeOut(std::string_view bytes) {
+    if (failWrites) return false;
     if (beforeWrite) beforeWrite();
     std::lock_guard guard(lock_);
     out_.append(bytes);

@@ -226,6 +226,7 @@ public:
 
     std::ostringstream buffered;
     std::istringstream input;
+    bool failWrites = false;  // to standard output
     // Called by every write to standard output before it is taken, on the writing thread.
     std::function<void()> beforeWrite;
     std::atomic<int> immediateExits{0};

@@ -222,6 +222,9 @@ TEST(CaptureSession, FailuresAfterThePreambleEndItWithTwoUnlessTheInputHasEnded)
     ended.capture.content = {std::nullopt, "gone"};
     EXPECT_EQ(ended.run({"capture-stream"}), 0);
     EXPECT_EQ(ended.streams.err(), "");
+    fake::FakePlatform gone;  // a reader gone before the preamble: nobody is left to tell, it ends with 0
+    gone.streams.failWrites = true;
+    EXPECT_EQ(gone.run({"capture-stream"}), 0);
 }
 
 TEST(CaptureSession, ItStreamsTheMainDisplayInPointsAndReplacesTheExclusionWhenTheHostsPidsChangeAtEachRefresh) {
