@@ -51,6 +51,7 @@ TEST(OwnUiCheck, EachCaseGivesItsAnswerOrNamesTheLineThatFails) {
         {R"({"kind":"Hit","x":1e400})", R"(!own-ui-check: unknown kind in {"kind":"Hit","x":1e400})"},
         {R"({"kind":"owner","windows":[{"id":-1}],"apps":[{"pid":1e12}]})", "brisko=0"},
         {R"({"kind":"hit","x":1e300,"y":-1e300,"windows":[{"pid":5,"w":1e308,"h":1}]})", "refuse=-"},
+        {R"({"kind":"hit","x":"1e400","y":0})", "refuse=-"},  // no windows at all
         {R"({"kind":"owner","ignored":[1e999,{"x":[2e999]}],"x":-1e999,"exec":"brisko-mac-menubar"})", "brisko=1"},
     };
     for (const auto& [line, answer] : cases) EXPECT_EQ(outcome(line), answer) << line;
